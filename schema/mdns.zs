@@ -1,0 +1,72 @@
+# mDNS gateway: service definitions, lists, policies, flex profiles.
+domain mdns
+
+# Positions: path segment, key, column count (checked), path-query identifier.
+table tbl_cfg_mdns_service_definition_eol segment=cfg_mdns_service_definition_eol key=mdns_service_definition_name:rsl_vstring columns=1 pq=5e8c6d21d2fe8528f26f0d6d65744d76
+table tbl_mdns_sl_in segment=mdns_sl_in key=sl_in_name:rsl_vstring columns=1 pq=8454bf1bc2da90f25209cfd3e5180838
+table tbl_mdns_sl_out segment=mdns_sl_out key=sl_out_name:rsl_vstring columns=1 pq=5da956ddd49d017231f36ce5424cac35
+table tbl_mdns_sp segment=mdns_sp key=sp_name:rsl_vstring columns=1 pq=92c7b234fc15b635188ca7be8694c4cc
+table tbl_mdns_flex_profile segment=mdns_flex_profile key=flex_profile_name:rsl_vstring columns=1 pq=5a8db3a619080319ec55065c2affa6b6
+table tbl_mdns_bridge segment=mdns_bridge key=singleton columns=1 pq=cc56ac960562f06a8b295a1f5e7959e0
+table tbl_mdns_gateway segment=mdns_gateway key=singleton columns=1 pq=afc9571f3e7e8eed8da112282ad2a3e0
+table tbl_mdns_ser_def_description_eol segment=mdns_ser_def_description_eol key=singleton columns=3 pq=a811b9fd48aac4dfe0ac035295a27162
+table tbl_mdns_ser_def_ser_type_eol segment=mdns_ser_def_ser_type_eol key=service_type_string:rsl_vstring columns=2 pq=9e184dcbed595782d503c2e76327783f
+table tbl_mdns_wired_vlans segment=mdns_wired_vlans key=singleton columns=3 pq=f303c8c30f0a17e1a54cdae04cc932bc
+table tbl_mdns_stats_upd_timer segment=mdns_stats_upd_timer key=singleton columns=3 pq=e0547653322652f003d4eafaf056ee29
+table tbl_mdns_cache_upd_timer segment=mdns_cache_upd_timer key=singleton columns=3 pq=3cd2826db845382cbc28aa0016455608
+table tbl_mdns_gw_rl segment=mdns_gw_rl key=singleton columns=3 pq=baa5459571d98f50e51536370786ab9a
+table tbl_mdns_gw_aq segment=mdns_gw_aq key=singleton columns=3 pq=f02bf750ffb47025acfcc64c93fbf140
+table tbl_mdns_gw_transport segment=mdns_gw_transport key=singleton columns=3 pq=2a3e0ab9a6de32d15e21d9fbecaca6a9
+table tbl_mdns_gw_mdns_ap_sp segment=mdns_gw_mdns_ap_sp key=singleton columns=3 pq=29bd65368ad7be5c3305563d50ca7f0a
+table tbl_mdns_gw_sdg_ip segment=mdns_gw_sdg_ip key=singleton columns=3 pq=94af8ba264d7e95dde684666f9f7be66
+table tbl_mdns_gw_mode segment=mdns_gw_mode key=singleton columns=3 pq=e243c38317bb6896d57cc6a13e49706c
+table tbl_mdns_gw_any_query segment=mdns_gw_any_query key=singleton columns=3 pq=938661e91050120f77ebd6e8c1f39cf3
+table tbl_mdns_gw_local_cache segment=mdns_gw_local_cache key=singleton columns=3 pq=f7976a9330acae1d38a2ef4a498d691d
+table tbl_mdns_gw_annce_count segment=mdns_gw_annce_count key=singleton columns=3 pq=8368b97a550cfd4fdc497100668df0ed
+table tbl_mdns_gw_annce_timer segment=mdns_gw_annce_timer key=singleton columns=3 pq=40e9fa99ed46312df18e579009526be8
+table tbl_mdns_gw_src_intf segment=mdns_gw_src_intf key=singleton columns=3 pq=c05150103b7513734763b4517d8d1255
+table tbl_mdns_gw_query_count segment=mdns_gw_query_count key=singleton columns=3 pq=2fe75d27eb7ba62aec9f7681605854dd
+table tbl_mdns_gw_query_timer segment=mdns_gw_query_timer key=singleton columns=3 pq=517118033891b2e4c70148b39ba04599
+table tbl_insl_ser_type segment=insl_ser_type key=insl_ser_type_name:rsl_vstring columns=3 pq=f166598ac23008836d092f5755e2c919
+table tbl_outsl_ser_type segment=outsl_ser_type key=outsl_ser_type_name:rsl_vstring columns=3 pq=bd437619e729f2eefbbdedb38f2e86f9
+table tbl_mdns_sp_sl_in segment=mdns_sp_sl_in key=sp_sl_in_name:rsl_vstring columns=3 pq=23bcc814e2ccf0220dbe0c5d0a0f2884
+table tbl_mdns_sp_sl_out segment=mdns_sp_sl_out key=sp_sl_out_name:rsl_vstring columns=3 pq=e35a606f55c506ef01b3360f16429d63
+table tbl_mdns_sp_location segment=mdns_sp_location key=singleton columns=4 pq=6f2b4ecb2fb408df473fa2c9a8212be0
+table tbl_mdns_int_svc_policy segment=U_tbl_mdns_int_svc_policy key=singleton columns=3 pq=589194ef209c3ab60b9e8e6106997141
+
+# Records, parents before what they nest, attributes in schema order.
+record cfg_mdns_service_definition_eol: mdns_service_definition_name rsl_vstring
+record mdns_sl_in: sl_in_name rsl_vstring
+record mdns_sl_out: sl_out_name rsl_vstring
+record mdns_sp: sp_name rsl_vstring
+record mdns_flex_profile: flex_profile_name rsl_vstring
+record mdns_bridge: singleton_id u_int32
+record mdns_gateway: singleton_id u_int32
+extension mdns_gateway 1 v1711_mdns_gateway_ext:
+extension mdns_gateway 2 v172_mdns_gateway_ext:
+extension mdns_gateway 3 v173_mdns_gateway_ext:
+record mdns_ser_def_description_eol: singleton_id u_int32; service_definition_description rsl_vstring; ser_desc_parent_table_key rsl_vstring
+record mdns_ser_def_ser_type_eol: service_type_string rsl_vstring; ser_str_parent_table_key rsl_vstring
+record mdns_wired_vlans: singleton_id u_int32; wired_vlans_range rsl_vstring; wired_vlans_parent_table_key rsl_vstring
+record mdns_stats_upd_timer: singleton_id u_int32; stats_upd_timer_value u_int32; stats_upd_timer_parent_table_key rsl_vstring
+record mdns_cache_upd_timer: singleton_id u_int32; cache_upd_timer_value u_int32; cache_upd_timer_parent_table_key rsl_vstring
+record mdns_gw_rl: singleton_id u_int32; rate_limit u_int32; gw_rl_parent_table_key u_int32
+record mdns_gw_aq: singleton_id u_int32; aq_timer u_int32; gw_aq_parent_table_key u_int32
+record mdns_gw_transport: singleton_id u_int32; transport_type u_int32; gw_transport_parent_table_key u_int32
+record mdns_gw_mdns_ap_sp: singleton_id u_int32; mdns_ap_sp rsl_vstring; gw_mdns_ap_sp_parent_table_key u_int32
+record mdns_gw_sdg_ip: singleton_id u_int32; sdg_addr ip_address; gw_sdg_ip_parent_table_key u_int32
+record mdns_gw_mode: singleton_id u_int32; gw_mode u_int32; gw_mode_parent_table_key u_int32
+record mdns_gw_any_query: singleton_id u_int32; fwd_enable u_int32; gw_any_query_parent_table_key u_int32
+record mdns_gw_local_cache: singleton_id u_int32; delay_timer u_int32; gw_local_cache_parent_table_key u_int32
+record mdns_gw_annce_count: singleton_id u_int32; annce_count u_int32; gw_annce_count_parent_table_key u_int32
+record mdns_gw_annce_timer: singleton_id u_int32; annce_timer u_int32; gw_annce_timer_parent_table_key u_int32
+record mdns_gw_src_intf: singleton_id u_int32; src_intf_vlan u_int32; gw_src_intf_parent_table_key u_int32
+record mdns_gw_query_count: singleton_id u_int32; query_count u_int32; gw_query_count_parent_table_key u_int32
+record mdns_gw_query_timer: singleton_id u_int32; query_timer u_int32; gw_query_timer_parent_table_key u_int32
+record insl_ser_type: insl_ser_type_name rsl_vstring; msg_type int32; insl_name_parent_table_key rsl_vstring
+record outsl_ser_type: outsl_ser_type_name rsl_vstring; outsl_vlan_range rsl_vstring; outsl_name_parent_table_key rsl_vstring
+record mdns_sp_sl_in: singleton_id u_int32; sp_sl_in_name rsl_vstring; sp_sl_in_parent_table_key rsl_vstring
+record mdns_sp_sl_out: singleton_id u_int32; sp_sl_out_name rsl_vstring; sp_sl_out_parent_table_key rsl_vstring
+record mdns_sp_location: singleton_id u_int32; location u_int32; sp_location_parent_table_key rsl_vstring; regex rsl_vstring
+extension mdns_sp_location 1 v1612_mdns_sp_location_ext: regex rsl_vstring
+record mdns_int_svc_policy: singleton_id u_int32; mdns_svc_policy rsl_vstring; uidb_act_interface_key u_int32
