@@ -1,0 +1,5 @@
+"""Database side of the reference platform from the catalogue (to be written)."""
+
+
+def files(cat):
+    return {}

@@ -1,0 +1,196 @@
+// Reference platform: the services the front-end library imports by name, plus this C++
+// interface through which the reference engine, the tool and the tests create, inspect and
+// break those services. Nothing in the front-end library includes this header.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "data_objects.h"
+#include "traversal.h"
+
+namespace zan::plat {
+
+// ---------------------------------------------------------------- values
+struct Ip {
+    int family = 4;                 // 4 or 6
+    uint8_t bytes[16] = {};
+    bool operator==(const Ip&) const = default;
+};
+struct Mac {
+    uint8_t bytes[6] = {};
+    bool operator==(const Mac&) const = default;
+};
+struct EnumText {                   // an enumerator's or flag's name
+    std::string text;
+    bool operator==(const EnumText&) const = default;
+};
+struct Value;
+using ValueList = std::vector<Value>;
+struct NamedValue;
+using NameValueList = std::vector<NamedValue>;
+struct Null {
+    bool operator==(const Null&) const = default;
+};
+struct Uri {                        // a row's path, as gx_do_vlist_add_mr_uri adds it
+    std::string text;
+    bool operator==(const Uri&) const = default;
+};
+
+// One value of a list or a property. Integers keep their width and signedness.
+struct Value {
+    std::variant<Null, int64_t, uint64_t, bool, std::string, Ip, Mac, EnumText, ValueList, NameValueList, Uri> v;
+    std::string leaf;               // leaf word that added it: "int32", "u_int8", "rsl_vstring", ...
+    bool is_default = false;
+    bool operator==(const Value&) const = default;
+};
+struct NamedValue {
+    std::string name;
+    Value value;
+    bool operator==(const NamedValue&) const = default;
+};
+
+std::string to_text(const Value& v);          // one-line readable form
+std::optional<Ip> parse_ip(std::string_view text);
+std::optional<Mac> parse_mac(std::string_view text);
+std::string format_ip(const Ip& ip);
+
+// ---------------------------------------------------------------- data objects
+// Builders and readers for the engine and tests. Objects from these functions carry one
+// reference, released with the matching gx_do_*_deref.
+struct SegmentSpec {
+    std::string name;
+    std::optional<std::vector<std::pair<std::string, std::string>>> keys;  // nullopt: no key list
+};
+gx_do_uri* uri_new(const std::vector<SegmentSpec>& segments);   // segment 0 is added in front
+void uri_deref(gx_do_uri* uri);
+
+gx_do_properties* properties_new();
+void properties_deref(gx_do_properties* props);
+std::vector<NamedValue> properties_items(gx_do_properties* props);   // in insertion order
+
+std::vector<std::string> nlist_names(gx_do_nlist* list);
+ValueList vlist_values(gx_do_vlist* list);
+NameValueList nvlist_items(gx_do_nvlist* list);
+
+// Live objects per family (for leak checks): uri, nlist, vlist, nvlist, properties, strbuf.
+struct ObjectCounts {
+    long uri = 0, nlist = 0, vlist = 0, nvlist = 0, properties = 0, strbuf = 0;
+    long total() const { return uri + nlist + vlist + nvlist + properties + strbuf; }
+};
+ObjectCounts live_objects();
+
+// ---------------------------------------------------------------- traversal objects
+struct ArborId {
+    uint8_t type_luid[16] = {};
+    uint32_t field_id = 0;
+    bool luid_set = false;
+    bool field_set = false;
+};
+struct TraversalView {
+    uint32_t pq = 0;
+    bool pq_set = false;
+    std::optional<std::vector<uint8_t>> pq_luid;
+    ArborId deref_table;
+    std::optional<ArborId> id_vec[2];
+    std::optional<std::vector<uint8_t>> key_luid;
+    std::optional<uint32_t> key_field_id;
+    std::optional<std::vector<uint8_t>> key_data;
+};
+arbor_params_t* params_new();
+void params_free(arbor_params_t* params);                // destroys the traversals it holds
+std::vector<TraversalView> params_traversals(arbor_params_t* params);
+long live_traversals();                                  // traversals and identities not yet destroyed
+
+arbor_ntlist* ntlist_new();
+void ntlist_free(arbor_ntlist* list);
+struct NtEntry {
+    std::string name;
+    uint32_t code;
+};
+const std::vector<NtEntry>& ntlist_entries(arbor_ntlist* list);
+
+// What the two registration calls handed over, per context name.
+struct Registration {
+    std::string context;
+    const char* context_ptr = nullptr;        // pointer identity of the name, both calls
+    zan_path_query_dispatch_fn dispatch = nullptr;
+    zan_name_lookup_fn table_lookup = nullptr;
+    zan_name_lookup_fn type_lookup = nullptr;
+    zan_mrst_lookup_fn type_mrst_lookup = nullptr;
+    zan_mrst_lookup_fn table_mrst_lookup = nullptr;
+    const void* type_dispatch_type_lut = nullptr;
+    const void* type_field_lut = nullptr;
+    const char* gx_context_ptr = nullptr;
+    const void* gx_dispatch = nullptr;
+    const void* gx_type_dispatch = nullptr;
+    const void* gx_reserved = nullptr;
+    const void* type_gx_lut = nullptr;
+    int fe_vector_calls = 0;
+    int gx_vector_calls = 0;
+};
+const Registration* registration(std::string_view context);   // nullptr if never registered
+void registration_reset();
+
+// ---------------------------------------------------------------- allocator
+struct AllocSite {
+    uint32_t tag;
+    std::string type_name;
+    long live;        // allocations not yet freed
+    long total;       // allocations made
+};
+long alloc_live();                        // live allocations, all sites
+std::vector<AllocSite> alloc_sites();
+void alloc_fail_nth(long n);              // the n-th allocation from now fails (1 = the next); 0 clears
+void alloc_fail_site(std::optional<uint32_t> tag);   // every allocation of this site tag fails
+long alloc_count();                       // allocations attempted since start
+
+// ---------------------------------------------------------------- trace
+struct TraceRecord {
+    std::string unit;        // message table's name
+    uint32_t index;
+    uint32_t level;
+    std::string text;        // the format with its arguments filled in
+};
+using TraceSink = std::function<void(const TraceRecord&)>;
+// While a sink is set, every trace call is formatted and handed to it (on the calling
+// thread); with none set a trace call does nothing but return.
+void trace_set_sink(TraceSink sink);
+void trace_clear_sink();
+
+// Collects the trace records of its lifetime (for tests).
+class TraceCapture {
+public:
+    TraceCapture();
+    ~TraceCapture();
+    TraceCapture(const TraceCapture&) = delete;
+    TraceCapture& operator=(const TraceCapture&) = delete;
+    std::vector<TraceRecord> records() const;
+    void clear();
+
+private:
+    struct Impl;
+    Impl* impl_;
+};
+
+// ---------------------------------------------------------------- fault injection
+// Named fault points: every gx_do_*_new ("gx_do_vlist_new", ...), every add/set operation
+// of the data objects ("gx_do_vlist_add_null", "gx_do_properties_set_null", ...),
+// "arbor_fe_ntlist_add", and the database accessors ("accessor"). A failing _new gives
+// NULL, a failing add/set answers its failure value, a failing accessor or ntlist add sets
+// the error word (to EIO, 5) and yields nothing.
+void fault_fail_nth(std::string_view point, long n);   // n-th call from now (1 = next); 0 clears
+void fault_fail_always(std::string_view point, bool on);
+void fault_clear_all();
+long fault_calls(std::string_view point);              // calls seen at this point since start
+// Called by the platform's own operations at each fault point: counts the call and
+// answers true when this call is to fail. Cheap when no fault is armed.
+bool fault_hit(std::string_view point);
+
+}  // namespace zan::plat
