@@ -60,6 +60,7 @@ std::string to_text(const Value& v);          // one-line readable form
 std::optional<Ip> parse_ip(std::string_view text);
 std::optional<Mac> parse_mac(std::string_view text);
 std::string format_ip(const Ip& ip);
+std::string format_mac(const Mac& mac);       // "aa:bb:cc:dd:ee:ff"
 
 // ---------------------------------------------------------------- data objects
 // Builders and readers for the engine and tests. Objects from these functions carry one
@@ -68,16 +69,30 @@ struct SegmentSpec {
     std::string name;
     std::optional<std::vector<std::pair<std::string, std::string>>> keys;  // nullopt: no key list
 };
-gx_do_uri* uri_new(const std::vector<SegmentSpec>& segments);   // segment 0 is added in front
+// Segment 0 (named "") is added in front. The path's text, which gx_do_vlist_add_mr_uri
+// adds as a Uri value, reads "/name[key=value,...]/name..." unless set otherwise.
+gx_do_uri* uri_new(const std::vector<SegmentSpec>& segments);
 void uri_deref(gx_do_uri* uri);
+std::string uri_text(gx_do_uri* uri);
+void uri_set_text(gx_do_uri* uri, std::string_view text);
 
 gx_do_properties* properties_new();
 void properties_deref(gx_do_properties* props);
 std::vector<NamedValue> properties_items(gx_do_properties* props);   // in insertion order
+const Value* properties_get(gx_do_properties* props, std::string_view name);   // nullptr: not set
 
 std::vector<std::string> nlist_names(gx_do_nlist* list);
 ValueList vlist_values(gx_do_vlist* list);
 NameValueList nvlist_items(gx_do_nvlist* list);
+
+// Adding values, for the leaf conversions. Each is a fault point of its own
+// ("gx_do_vlist_add_value", "gx_do_nvlist_add_value", "gx_do_properties_set_value").
+int32_t vlist_add(gx_do_vlist* list, Value v);                          // new length; -1 on failure
+int32_t nvlist_add(gx_do_nvlist* list, std::string_view name, Value v);  // new length; -1 on failure
+int32_t properties_set(gx_do_properties* props, std::string_view name, Value v);   // 0; -1 on failure
+// The value behind a gx_do_value reference (a key's value, an nvlist item's value). Key
+// values of a uri_new path are std::string values with an empty leaf word.
+const Value* value_get(const gx_do_value* value);
 
 // Live objects per family (for leak checks): uri, nlist, vlist, nvlist, properties, strbuf.
 struct ObjectCounts {
@@ -103,6 +118,10 @@ struct TraversalView {
     std::optional<uint32_t> key_field_id;
     std::optional<std::vector<uint8_t>> key_data;
 };
+// Traversal setters that find *err already set do nothing (no set, no change of the word);
+// arbor_params_t_set_last in particular never takes a traversal over then. Traversals and
+// identities are accounted by the allocator under the pending call-site tag, with the
+// type names "arbor_traverse" and "arbor_id".
 arbor_params_t* params_new();
 void params_free(arbor_params_t* params);                // destroys the traversals it holds
 std::vector<TraversalView> params_traversals(arbor_params_t* params);
@@ -115,6 +134,14 @@ struct NtEntry {
     uint32_t code;
 };
 const std::vector<NtEntry>& ntlist_entries(arbor_ntlist* list);
+
+// What rsl_store_err last stored on the calling thread.
+struct StoredError {
+    rsl_ctx_t ctx;
+    uint32_t number;
+};
+std::optional<StoredError> rsl_stored_error();
+void rsl_stored_error_clear();
 
 // What the two registration calls handed over, per context name.
 struct Registration {
@@ -136,7 +163,7 @@ struct Registration {
     int gx_vector_calls = 0;
 };
 const Registration* registration(std::string_view context);   // nullptr if never registered
-void registration_reset();
+void registration_reset();                                    // invalidates what registration() gave
 
 // ---------------------------------------------------------------- allocator
 struct AllocSite {
@@ -147,9 +174,9 @@ struct AllocSite {
 };
 long alloc_live();                        // live allocations, all sites
 std::vector<AllocSite> alloc_sites();
-void alloc_fail_nth(long n);              // the n-th allocation from now fails (1 = the next); 0 clears
+void alloc_fail_nth(long n);              // the n-th attempt from now fails (1 = the next); 0 clears
 void alloc_fail_site(std::optional<uint32_t> tag);   // every allocation of this site tag fails
-long alloc_count();                       // allocations attempted since start
+long alloc_count();                       // allocations attempted since start, failed ones too
 
 // ---------------------------------------------------------------- trace
 struct TraceRecord {
@@ -164,7 +191,8 @@ using TraceSink = std::function<void(const TraceRecord&)>;
 void trace_set_sink(TraceSink sink);
 void trace_clear_sink();
 
-// Collects the trace records of its lifetime (for tests).
+// Collects the trace records of its lifetime (for tests); on destruction it puts back
+// the sink that was set before it.
 class TraceCapture {
 public:
     TraceCapture();
@@ -182,12 +210,14 @@ private:
 // ---------------------------------------------------------------- fault injection
 // Named fault points: every gx_do_*_new ("gx_do_vlist_new", ...), every add/set operation
 // of the data objects ("gx_do_vlist_add_null", "gx_do_properties_set_null", ...),
-// "arbor_fe_ntlist_add", and the database accessors ("accessor"). A failing _new gives
-// NULL, a failing add/set answers its failure value, a failing accessor or ntlist add sets
-// the error word (to EIO, 5) and yields nothing.
+// "arbor_fe_ntlist_add", "arbor_traverse_create", "arbor_id_create",
+// "arbor_params_t_set_last", "arbor_register_fe_gx_vectors", and the database accessors
+// ("accessor"). A failing _new or create gives NULL, a failing add/set answers its failure
+// value, a failing set_last, accessor or ntlist add sets the error word (to EIO, 5) and
+// yields nothing, a failing registration answers -1. Other names may be armed and hit too.
 void fault_fail_nth(std::string_view point, long n);   // n-th call from now (1 = next); 0 clears
 void fault_fail_always(std::string_view point, bool on);
-void fault_clear_all();
+void fault_clear_all();                                // the allocator's injection too
 long fault_calls(std::string_view point);              // calls seen at this point since start
 // Called by the platform's own operations at each fault point: counts the call and
 // answers true when this call is to fail. Cheap when no fault is armed.

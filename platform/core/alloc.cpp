@@ -1,0 +1,208 @@
+// The accounting allocator: every block carries a small header naming its site record, so
+// that live and total counts are kept per site tag and type name. Failures can be injected
+// by position (the n-th attempt from now) or by site tag.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core.hpp"
+
+namespace zan::plat::detail {
+namespace {
+
+struct Site {
+    uint32_t tag;
+    std::string type;
+    std::atomic<long> attempts{0};
+    std::atomic<long> failed{0};
+    std::atomic<long> live{0};
+};
+
+constexpr uint64_t k_magic_live = 0x7a616e6c6976650aULL;
+constexpr uint64_t k_magic_freed = 0x7a616e6672656564ULL;
+
+struct alignas(16) Header {
+    Site* site;
+    uint64_t magic;
+};
+static_assert(sizeof(Header) == 16, "the header keeps the 16-byte alignment of malloc");
+
+struct AllocState {
+    std::mutex m;
+    std::map<std::pair<uint32_t, std::string>, std::unique_ptr<Site>, std::less<>> by_key;
+    std::vector<Site*> in_order;          // first use first
+    long nth = 0;                         // countdown to the failing attempt
+    std::optional<uint32_t> failing_tag;
+};
+
+AllocState& state() {
+    static AllocState* s = new AllocState;   // blocks may be freed during exit
+    return *s;
+}
+
+std::atomic<bool> g_alloc_armed{false};
+
+// Small per-thread cache from (tag, type name) to the site record: a thread pays the
+// lookup under the lock once per site.
+struct CacheEntry {
+    uint32_t tag;
+    const char* type;
+    Site* site;
+};
+constexpr unsigned k_cache = 64;
+thread_local CacheEntry t_cache[k_cache];
+
+thread_local uint32_t t_pending_tag = 0;
+
+Site* find_site(uint32_t tag, const char* type) {
+    if (!type) type = "";
+    CacheEntry& e = t_cache[(tag * 2654435761u ^ uint32_t(reinterpret_cast<uintptr_t>(type) >> 3)) % k_cache];
+    if (e.site && e.tag == tag && e.type == type && e.site->type == type) [[likely]]
+        return e.site;
+    AllocState& s = state();
+    std::lock_guard lock(s.m);
+    auto key = std::make_pair(tag, std::string(type));
+    auto it = s.by_key.find(key);
+    if (it == s.by_key.end()) {
+        auto site = std::make_unique<Site>();
+        site->tag = tag;
+        site->type = key.second;
+        s.in_order.push_back(site.get());
+        it = s.by_key.emplace(std::move(key), std::move(site)).first;
+    }
+    e = CacheEntry{tag, type, it->second.get()};
+    return e.site;
+}
+
+bool injected_failure(uint32_t tag) {
+    AllocState& s = state();
+    std::lock_guard lock(s.m);
+    bool fail = s.failing_tag && *s.failing_tag == tag;
+    if (s.nth > 0 && --s.nth == 0) fail = true;
+    g_alloc_armed.store(s.nth > 0 || s.failing_tag.has_value(), std::memory_order_relaxed);
+    return fail;
+}
+
+void* allocate(uint32_t tag, const char* type, std::size_t size) {
+    Site* site = find_site(tag, type);
+    site->attempts.fetch_add(1, std::memory_order_relaxed);
+    if (g_alloc_armed.load(std::memory_order_relaxed) && injected_failure(tag)) {
+        site->failed.fetch_add(1, std::memory_order_relaxed);
+        return nullptr;
+    }
+    if (size > SIZE_MAX - sizeof(Header)) {
+        site->failed.fetch_add(1, std::memory_order_relaxed);
+        return nullptr;
+    }
+    auto* h = static_cast<Header*>(std::malloc(sizeof(Header) + size));
+    if (!h) {
+        site->failed.fetch_add(1, std::memory_order_relaxed);
+        return nullptr;
+    }
+    h->site = site;
+    h->magic = k_magic_live;
+    site->live.fetch_add(1, std::memory_order_relaxed);
+    return h + 1;
+}
+
+}  // namespace
+
+void alloc_clear_injection() {
+    AllocState& s = state();
+    std::lock_guard lock(s.m);
+    s.nth = 0;
+    s.failing_tag.reset();
+    g_alloc_armed.store(false, std::memory_order_relaxed);
+}
+
+void* tagged_alloc(std::size_t size, const char* type_name) {
+    uint32_t tag = t_pending_tag;
+    t_pending_tag = 0;
+    return allocate(tag, type_name, size);
+}
+
+}  // namespace zan::plat::detail
+
+using namespace zan::plat::detail;
+
+extern "C" {
+
+void* __tallow_malloc(uint32_t site, uint64_t*, const char* type_name, uint64_t*, const char*, size_t size) {
+    return allocate(site, type_name, size);
+}
+
+char* __tallow_strdup(uint32_t site, uint64_t*, const char* type_name, uint64_t*, const char*, const char* text) {
+    if (!text) return nullptr;
+    std::size_t n = std::strlen(text) + 1;
+    auto* p = static_cast<char*>(allocate(site, type_name, n));
+    if (p) std::memcpy(p, text, n);
+    return p;
+}
+
+void __tallow_free(void* p) {
+    if (!p) return;
+    Header* h = static_cast<Header*>(p) - 1;
+    if (h->magic != k_magic_live) {
+        std::fprintf(stderr, "__tallow_free: %p was not allocated here or is already free\n", p);
+        std::abort();
+    }
+    h->magic = k_magic_freed;
+    h->site->live.fetch_sub(1, std::memory_order_relaxed);
+    std::free(h);
+}
+
+void tallow_set_callsite_tag(uint32_t site) { t_pending_tag = site; }
+
+}  // extern "C"
+
+namespace zan::plat {
+
+long alloc_live() {
+    AllocState& s = state();
+    std::lock_guard lock(s.m);
+    long n = 0;
+    for (Site* site : s.in_order) n += site->live.load(std::memory_order_relaxed);
+    return n;
+}
+
+std::vector<AllocSite> alloc_sites() {
+    AllocState& s = state();
+    std::lock_guard lock(s.m);
+    std::vector<AllocSite> out;
+    out.reserve(s.in_order.size());
+    for (Site* site : s.in_order)
+        out.push_back(AllocSite{site->tag, site->type, site->live.load(std::memory_order_relaxed),
+                                site->attempts.load(std::memory_order_relaxed) -
+                                    site->failed.load(std::memory_order_relaxed)});
+    return out;
+}
+
+void alloc_fail_nth(long n) {
+    AllocState& s = state();
+    std::lock_guard lock(s.m);
+    s.nth = n > 0 ? n : 0;
+    g_alloc_armed.store(s.nth > 0 || s.failing_tag.has_value(), std::memory_order_relaxed);
+}
+
+void alloc_fail_site(std::optional<uint32_t> tag) {
+    AllocState& s = state();
+    std::lock_guard lock(s.m);
+    s.failing_tag = tag;
+    g_alloc_armed.store(s.nth > 0 || s.failing_tag.has_value(), std::memory_order_relaxed);
+}
+
+long alloc_count() {
+    AllocState& s = state();
+    std::lock_guard lock(s.m);
+    long n = 0;
+    for (Site* site : s.in_order) n += site->attempts.load(std::memory_order_relaxed);
+    return n;
+}
+
+}  // namespace zan::plat

@@ -1,0 +1,95 @@
+// Internal plumbing shared by the platform's core units: per-thread counters, fault points
+// by number, and the tagged allocation that traversal objects use.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "zan/platform.hpp"
+
+#pragma GCC visibility push(hidden)
+namespace zan::plat::detail {
+
+// Fault points the platform itself checks. The names are what fault_* take.
+enum FaultPoint : unsigned {
+    fp_accessor,
+    fp_nlist_new,
+    fp_vlist_new,
+    fp_nvlist_new,
+    fp_strbuf_new,
+    fp_nlist_add_string,
+    fp_vlist_add_null,
+    fp_vlist_add_all,
+    fp_vlist_add_array,
+    fp_vlist_add_sequence,
+    fp_vlist_add_mr_uri,
+    fp_nvlist_add_null,
+    fp_properties_set_null,
+    fp_properties_set_array,
+    fp_strbuf_add_string,
+    fp_vlist_add_value,
+    fp_nvlist_add_value,
+    fp_properties_set_value,
+    fp_ntlist_add,
+    fp_traverse_create,
+    fp_id_create,
+    fp_params_set_last,
+    fp_register_gx_vectors,
+    k_fault_points
+};
+extern const std::string_view k_fault_point_names[k_fault_points];
+
+// Counters summed over all threads. Each thread bumps its own block with plain relaxed
+// loads and stores, so counting never contends; readers add up the blocks.
+enum Counter : unsigned {
+    // one per fault point first: calls seen
+    c_live_uri = k_fault_points,
+    c_live_nlist,
+    c_live_vlist,
+    c_live_nvlist,
+    c_live_properties,
+    c_live_strbuf,
+    c_live_traversals,
+    k_counters
+};
+
+struct CounterBlock {
+    std::atomic<long> v[k_counters] = {};
+};
+
+// This thread's block; NULL until the thread first counts. Initial-exec: the pointer is
+// one fixed slot of static TLS, so counting costs no call.
+extern constinit thread_local CounterBlock* t_counters __attribute__((tls_model("initial-exec")));
+void count_slow(unsigned c, long delta);   // registers the thread's block, then counts
+long counter_sum(Counter c);
+
+inline void count(unsigned c, long delta = 1) {
+    CounterBlock* b = t_counters;
+    if (!b) [[unlikely]]
+        return count_slow(c, delta);
+    std::atomic<long>& cell = b->v[c];
+    cell.store(cell.load(std::memory_order_relaxed) + delta, std::memory_order_relaxed);
+}
+
+extern std::atomic<bool> g_fault_armed[k_fault_points];
+bool fault_slow(FaultPoint p);
+
+// Counts the call and answers true when it is to fail.
+inline bool hit(FaultPoint p) {
+    count(p);
+    if (!g_fault_armed[p].load(std::memory_order_relaxed)) [[likely]]
+        return false;
+    return fault_slow(p);
+}
+
+void alloc_clear_injection();
+
+// Memory for an object the platform makes on the front end's behalf. It is accounted
+// under the site tag last given to tallow_set_callsite_tag on this thread (which it
+// consumes; 0 when none is pending) and the given type name. Freed with __tallow_free.
+void* tagged_alloc(std::size_t size, const char* type_name);
+
+}  // namespace zan::plat::detail
+#pragma GCC visibility pop

@@ -1,0 +1,488 @@
+// The engine's data objects: paths, name lists, value lists, name-value lists, property
+// maps and string buffers. Objects are reference counted; an object is used by one thread
+// at a time, so the counts are plain integers. Only the live-object tallies are global.
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "core.hpp"
+
+using zan::plat::NamedValue;
+using zan::plat::NameValueList;
+using zan::plat::Value;
+using zan::plat::ValueList;
+using namespace zan::plat::detail;
+
+struct gx_do_nlist {
+    int32_t refs = 1;
+    std::vector<std::string> names;
+};
+
+struct gx_do_vlist {
+    int32_t refs = 1;
+    ValueList values;
+};
+
+struct gx_do_nvlist {
+    int32_t refs = 1;
+    NameValueList items;
+};
+
+struct gx_do_strbuf {
+    int32_t refs = 1;
+    std::string text;
+};
+
+struct gx_do_uri_segment {
+    std::string name;
+    gx_do_nvlist* keys = nullptr;   // one reference held by the segment; NULL: no key list
+};
+
+struct gx_do_uri {
+    int32_t refs = 1;
+    std::vector<gx_do_uri_segment> segments;   // fixed once built: segment pointers stay valid
+    std::string text;
+};
+
+// Properties keep their items in insertion order. Past a handful of items a hash index
+// (open addressing over item numbers) finds a name, so a row of hundreds of attributes
+// costs no quadratic scan.
+struct gx_do_properties {
+    int32_t refs = 1;
+    std::vector<NamedValue> items;
+    std::vector<uint32_t> hashes;   // per item
+    std::vector<uint32_t> slots;    // item number + 1, 0 free; empty while items are few
+
+    static constexpr size_t k_linear = 12;
+
+    static uint32_t hash(std::string_view s) {
+        uint32_t h = 2166136261u;
+        for (unsigned char c : s) h = (h ^ c) * 16777619u;
+        return h;
+    }
+
+    long find(std::string_view name, uint32_t h) const {
+        if (slots.empty()) {
+            for (size_t i = 0; i < items.size(); ++i)
+                if (hashes[i] == h && items[i].name == name) return long(i);
+            return -1;
+        }
+        size_t mask = slots.size() - 1;
+        for (size_t p = h & mask;; p = (p + 1) & mask) {
+            uint32_t s = slots[p];
+            if (!s) return -1;
+            if (hashes[s - 1] == h && items[s - 1].name == name) return long(s - 1);
+        }
+    }
+
+    void place(uint32_t i) {
+        size_t mask = slots.size() - 1;
+        size_t p = hashes[i] & mask;
+        while (slots[p]) p = (p + 1) & mask;
+        slots[p] = i + 1;
+    }
+
+    void reindex() {
+        size_t n = 64;
+        while (n < items.size() * 4) n *= 2;
+        slots.assign(n, 0);
+        for (uint32_t i = 0; i < items.size(); ++i) place(i);
+    }
+
+    void set(std::string_view name, Value&& v) {
+        uint32_t h = hash(name);
+        long i = find(name, h);
+        if (i >= 0) {
+            items[size_t(i)].value = std::move(v);   // in place: the order stays
+            return;
+        }
+        items.push_back(NamedValue{std::string(name), std::move(v)});
+        hashes.push_back(h);
+        if (slots.empty() ? items.size() > k_linear : items.size() * 2 > slots.size())
+            reindex();
+        else if (!slots.empty())
+            place(uint32_t(items.size() - 1));
+    }
+};
+
+namespace {
+
+// Iterator state as written into the caller's record.
+enum IterKind : uint32_t { it_none = 0, it_nlist = 0x6e6c, it_nvlist = 0x6e76 };
+struct IterState {
+    const void* list;
+    uint32_t pos;
+    uint32_t kind;
+};
+static_assert(sizeof(IterState) <= sizeof(gx_do_iter::state), "iterator state must fit the record");
+
+int32_t iter_start(const void* list, IterKind kind, gx_do_iter* it) {
+    if (!it) return -1;
+    IterState st{nullptr, 0, it_none};
+    bool prepared = it->first == 1 && it->second == -1;
+    if (prepared && list) st = IterState{list, 0, kind};
+    std::memcpy(it->state, &st, sizeof st);
+    return prepared ? 0 : -1;
+}
+
+template <class List>
+bool iter_peek(gx_do_iter* it, IterKind kind, IterState& st, const List*& list) {
+    if (!it) return false;
+    std::memcpy(&st, it->state, sizeof st);
+    if (st.kind != kind || !st.list) return false;
+    list = static_cast<const List*>(st.list);
+    return true;
+}
+
+template <class T>
+T* make(FaultPoint point, Counter live) {
+    if (hit(point)) return nullptr;
+    T* obj = new (std::nothrow) T;
+    if (obj) count(live);
+    return obj;
+}
+
+template <class T>
+void release(T* obj, Counter live) {
+    if (!obj || --obj->refs > 0) return;
+    delete obj;
+    count(live, -1);
+}
+
+int32_t as_count(size_t n) { return int32_t(n); }
+
+}  // namespace
+
+extern "C" {
+
+const char* GX_DO_NAME_URI = "__uri__";
+
+// ------------------------------------------------------------------ paths
+int32_t gx_do_uri_get_segment_count(gx_do_uri* uri) { return uri ? as_count(uri->segments.size()) : 0; }
+
+gx_do_uri_segment* gx_do_uri_get_segment(gx_do_uri* uri, int32_t index) {
+    if (!uri || index < 0 || size_t(index) >= uri->segments.size()) return nullptr;
+    return &uri->segments[size_t(index)];
+}
+
+const char* gx_do_uri_segment_get_name(gx_do_uri_segment* segment) {
+    return segment ? segment->name.c_str() : nullptr;
+}
+
+gx_do_nvlist* gx_do_uri_segment_get_keys(gx_do_uri_segment* segment) { return segment ? segment->keys : nullptr; }
+
+// ------------------------------------------------------------------ names
+// A name is an entry of its list; the list's strings stand behind the references.
+const char* gx_do_name_get_strname(gx_do_name* name) {
+    return name ? reinterpret_cast<const std::string*>(name)->c_str() : nullptr;
+}
+
+gx_do_nlist* gx_do_nlist_new(void) {
+    gx_do_nlist* l = make<gx_do_nlist>(fp_nlist_new, c_live_nlist);
+    if (l) l->names.reserve(8);
+    return l;
+}
+
+void gx_do_nlist_deref(gx_do_nlist* list) { release(list, c_live_nlist); }
+
+void gx_do_nlist_clear(gx_do_nlist* list) {
+    if (list) list->names.clear();
+}
+
+int32_t gx_do_nlist_add_string(gx_do_nlist* list, const char* text) {
+    if (!list || !text || hit(fp_nlist_add_string)) return 0;
+    list->names.emplace_back(text);
+    return 1;
+}
+
+int32_t gx_do_nlist_get_len(gx_do_nlist* list) { return list ? as_count(list->names.size()) : 0; }
+
+gx_do_name* gx_do_nlist_get_name(gx_do_nlist* list, int32_t index) {
+    if (!list || index < 0 || size_t(index) >= list->names.size()) return nullptr;
+    return reinterpret_cast<gx_do_name*>(&list->names[size_t(index)]);
+}
+
+int32_t gx_do_nlist_remove(gx_do_nlist* list, int32_t index) {
+    if (!list || index < 0 || size_t(index) >= list->names.size()) return -1;
+    list->names.erase(list->names.begin() + index);
+    return 0;
+}
+
+int32_t gx_do_nlist_iter(gx_do_nlist* list, gx_do_iter* it) { return iter_start(list, it_nlist, it); }
+
+int32_t gx_do_nlist_has_next(gx_do_iter* it) {
+    IterState st;
+    const gx_do_nlist* l;
+    return iter_peek(it, it_nlist, st, l) && st.pos < l->names.size();
+}
+
+gx_do_name* gx_do_nlist_get_next(gx_do_iter* it) {
+    IterState st;
+    const gx_do_nlist* l;
+    if (!iter_peek(it, it_nlist, st, l) || st.pos >= l->names.size()) return nullptr;
+    auto* name = reinterpret_cast<gx_do_name*>(const_cast<std::string*>(&l->names[st.pos]));
+    ++st.pos;
+    std::memcpy(it->state, &st, sizeof st);
+    return name;
+}
+
+// ------------------------------------------------------------------ values
+gx_do_vlist* gx_do_vlist_new(void) {
+    gx_do_vlist* l = make<gx_do_vlist>(fp_vlist_new, c_live_vlist);
+    if (l) l->values.reserve(8);
+    return l;
+}
+
+void gx_do_vlist_deref(gx_do_vlist* list) { release(list, c_live_vlist); }
+
+void gx_do_vlist_clear(gx_do_vlist* list) {
+    if (list) list->values.clear();
+}
+
+int32_t gx_do_vlist_get_len(gx_do_vlist* list) { return list ? as_count(list->values.size()) : 0; }
+
+// Adders answer the new length of the list: positive on success.
+int32_t gx_do_vlist_add_null(gx_do_vlist* list) {
+    if (!list || hit(fp_vlist_add_null)) return -1;
+    list->values.emplace_back();
+    return as_count(list->values.size());
+}
+
+int32_t gx_do_vlist_add_all(gx_do_vlist* dest, gx_do_vlist* src) {
+    if (!dest || !src || hit(fp_vlist_add_all)) return -1;
+    size_t n = src->values.size();
+    dest->values.reserve(dest->values.size() + n);
+    for (size_t i = 0; i < n; ++i) dest->values.push_back(src->values[i]);   // by index: dest may be src
+    return as_count(dest->values.size());
+}
+
+int32_t gx_do_vlist_add_array(gx_do_vlist* dest, gx_do_vlist* list) {
+    if (!dest || !list || hit(fp_vlist_add_array)) return -1;
+    Value v;
+    v.v = list->values;   // a copy: the caller may release or clear its list right after
+    dest->values.push_back(std::move(v));
+    return as_count(dest->values.size());
+}
+
+int32_t gx_do_vlist_add_sequence(gx_do_vlist* dest, gx_do_nvlist* list) {
+    if (!dest || !list || hit(fp_vlist_add_sequence)) return -1;
+    Value v;
+    v.v = list->items;
+    dest->values.push_back(std::move(v));
+    return as_count(dest->values.size());
+}
+
+int32_t gx_do_vlist_add_mr_uri(gx_do_vlist* list, gx_do_uri* uri) {
+    if (!list || !uri || hit(fp_vlist_add_mr_uri)) return -1;
+    Value v;
+    v.v = zan::plat::Uri{uri->text};
+    list->values.push_back(std::move(v));
+    return as_count(list->values.size());
+}
+
+// ------------------------------------------------------------------ name-value lists
+gx_do_nvlist* gx_do_nvlist_new(void) {
+    gx_do_nvlist* l = make<gx_do_nvlist>(fp_nvlist_new, c_live_nvlist);
+    if (l) l->items.reserve(4);
+    return l;
+}
+
+void gx_do_nvlist_deref(gx_do_nvlist* list) { release(list, c_live_nvlist); }
+
+int32_t gx_do_nvlist_get_len(gx_do_nvlist* list) { return list ? as_count(list->items.size()) : 0; }
+
+int32_t gx_do_nvlist_add_null(gx_do_nvlist* list, const char* name) {
+    if (!list || !name || hit(fp_nvlist_add_null)) return -1;
+    list->items.push_back(NamedValue{name, Value{}});
+    return as_count(list->items.size());
+}
+
+int32_t gx_do_nvlist_iter(gx_do_nvlist* list, gx_do_iter* it) { return iter_start(list, it_nvlist, it); }
+
+int32_t gx_do_nvlist_has_next(gx_do_iter* it) {
+    IterState st;
+    const gx_do_nvlist* l;
+    return iter_peek(it, it_nvlist, st, l) && st.pos < l->items.size();
+}
+
+gx_do_nvlist_item* gx_do_nvlist_get_next(gx_do_iter* it) {
+    IterState st;
+    const gx_do_nvlist* l;
+    if (!iter_peek(it, it_nvlist, st, l) || st.pos >= l->items.size()) return nullptr;
+    auto* item = reinterpret_cast<gx_do_nvlist_item*>(const_cast<NamedValue*>(&l->items[st.pos]));
+    ++st.pos;
+    std::memcpy(it->state, &st, sizeof st);
+    return item;
+}
+
+const char* gx_do_nvlist_item_get_name(gx_do_nvlist_item* item) {
+    return item ? reinterpret_cast<NamedValue*>(item)->name.c_str() : nullptr;
+}
+
+gx_do_value* gx_do_nvlist_item_get_value(gx_do_nvlist_item* item) {
+    return item ? reinterpret_cast<gx_do_value*>(&reinterpret_cast<NamedValue*>(item)->value) : nullptr;
+}
+
+// ------------------------------------------------------------------ properties
+int32_t gx_do_properties_set_null(gx_do_properties* props, const char* name) {
+    if (!props || !name || hit(fp_properties_set_null)) return -1;
+    props->set(name, Value{});
+    return 0;
+}
+
+int32_t gx_do_properties_set_array(gx_do_properties* props, const char* name, gx_do_vlist* list) {
+    if (!props || !name || !list || hit(fp_properties_set_array)) return -1;
+    Value v;
+    v.v = list->values;   // a copy: the caller releases its list right after
+    props->set(name, std::move(v));
+    return 0;
+}
+
+// Pairs names and values in order; a longer list's surplus is left out.
+void arbor_nvlist_from_nlist_vlist(gx_do_nvlist* nvlist, gx_do_nlist* nlist, gx_do_vlist* vlist) {
+    if (!nvlist || !nlist || !vlist) return;
+    size_t n = std::min(nlist->names.size(), vlist->values.size());
+    nvlist->items.reserve(nvlist->items.size() + n);
+    for (size_t i = 0; i < n; ++i) nvlist->items.push_back(NamedValue{nlist->names[i], vlist->values[i]});
+}
+
+// ------------------------------------------------------------------ string buffers
+gx_do_strbuf* gx_do_strbuf_new(void) {
+    gx_do_strbuf* b = make<gx_do_strbuf>(fp_strbuf_new, c_live_strbuf);
+    if (b) b->text.reserve(64);
+    return b;
+}
+
+void gx_do_strbuf_deref(gx_do_strbuf* buf) { release(buf, c_live_strbuf); }
+
+void gx_do_strbuf_clear(gx_do_strbuf* buf) {
+    if (buf) buf->text.clear();
+}
+
+int32_t gx_do_strbuf_add_string(gx_do_strbuf* buf, const char* text) {
+    if (!buf || !text || hit(fp_strbuf_add_string)) return -1;
+    buf->text += text;
+    return 0;
+}
+
+const char* gx_do_strbuf_to_string(gx_do_strbuf* buf) { return buf ? buf->text.c_str() : nullptr; }
+
+}  // extern "C"
+
+// ------------------------------------------------------------------ C++ side
+namespace zan::plat {
+
+namespace {
+
+void append_uri_text(std::string& out, const SegmentSpec& s) {
+    out += '/';
+    out += s.name;
+    if (!s.keys) return;
+    out += '[';
+    bool first = true;
+    for (const auto& [k, v] : *s.keys) {
+        if (!first) out += ',';
+        first = false;
+        out += k;
+        out += '=';
+        out += v;
+    }
+    out += ']';
+}
+
+}  // namespace
+
+gx_do_uri* uri_new(const std::vector<SegmentSpec>& segments) {
+    auto* uri = new gx_do_uri;
+    count(c_live_uri);
+    uri->segments.resize(segments.size() + 1);
+    for (size_t i = 0; i < segments.size(); ++i) {
+        const SegmentSpec& s = segments[i];
+        gx_do_uri_segment& seg = uri->segments[i + 1];
+        seg.name = s.name;
+        append_uri_text(uri->text, s);
+        if (!s.keys) continue;
+        seg.keys = new gx_do_nvlist;
+        count(c_live_nvlist);
+        seg.keys->items.reserve(s.keys->size());
+        for (const auto& [k, v] : *s.keys) {
+            Value val;
+            val.v = v;
+            seg.keys->items.push_back(NamedValue{k, std::move(val)});
+        }
+    }
+    if (uri->text.empty()) uri->text.push_back('/');
+    return uri;
+}
+
+void uri_deref(gx_do_uri* uri) {
+    if (!uri || --uri->refs > 0) return;
+    for (gx_do_uri_segment& seg : uri->segments) release(seg.keys, c_live_nvlist);
+    delete uri;
+    count(c_live_uri, -1);
+}
+
+std::string uri_text(gx_do_uri* uri) { return uri ? uri->text : std::string(); }
+
+void uri_set_text(gx_do_uri* uri, std::string_view text) {
+    if (uri) uri->text = text;
+}
+
+gx_do_properties* properties_new() {
+    auto* p = new gx_do_properties;
+    count(c_live_properties);
+    p->items.reserve(16);
+    p->hashes.reserve(16);
+    return p;
+}
+
+void properties_deref(gx_do_properties* props) { release(props, c_live_properties); }
+
+std::vector<NamedValue> properties_items(gx_do_properties* props) {
+    return props ? props->items : std::vector<NamedValue>{};
+}
+
+const Value* properties_get(gx_do_properties* props, std::string_view name) {
+    if (!props) return nullptr;
+    long i = props->find(name, gx_do_properties::hash(name));
+    return i < 0 ? nullptr : &props->items[size_t(i)].value;
+}
+
+int32_t properties_set(gx_do_properties* props, std::string_view name, Value v) {
+    if (!props || hit(fp_properties_set_value)) return -1;
+    props->set(name, std::move(v));
+    return 0;
+}
+
+std::vector<std::string> nlist_names(gx_do_nlist* list) { return list ? list->names : std::vector<std::string>{}; }
+
+ValueList vlist_values(gx_do_vlist* list) { return list ? list->values : ValueList{}; }
+
+NameValueList nvlist_items(gx_do_nvlist* list) { return list ? list->items : NameValueList{}; }
+
+int32_t vlist_add(gx_do_vlist* list, Value v) {
+    if (!list || hit(fp_vlist_add_value)) return -1;
+    list->values.push_back(std::move(v));
+    return as_count(list->values.size());
+}
+
+int32_t nvlist_add(gx_do_nvlist* list, std::string_view name, Value v) {
+    if (!list || hit(fp_nvlist_add_value)) return -1;
+    list->items.push_back(NamedValue{std::string(name), std::move(v)});
+    return as_count(list->items.size());
+}
+
+const Value* value_get(const gx_do_value* value) { return reinterpret_cast<const Value*>(value); }
+
+ObjectCounts live_objects() {
+    ObjectCounts c;
+    c.uri = counter_sum(c_live_uri);
+    c.nlist = counter_sum(c_live_nlist);
+    c.vlist = counter_sum(c_live_vlist);
+    c.nvlist = counter_sum(c_live_nvlist);
+    c.properties = counter_sum(c_live_properties);
+    c.strbuf = counter_sum(c_live_strbuf);
+    return c;
+}
+
+}  // namespace zan::plat
