@@ -1,0 +1,772 @@
+// Record instances and rows, their C++ interface by field path, typed key objects and the
+// stored key forms.
+#include <charconv>
+#include <cstring>
+#include <limits>
+
+#include "core.hpp"
+#include "store.hpp"
+
+namespace zan::db {
+namespace {
+
+[[noreturn]] void fault(const Record& r, std::string_view path, const std::string& why) {
+    throw Error(std::string(r.type->name) + ": '" + std::string(path) + "': " + why);
+}
+
+// Where a path ends: a field of a record (and its slot), or a sequence element.
+struct Place {
+    Record* rec = nullptr;
+    const FieldInfo* field = nullptr;
+    Slot* slot = nullptr;            // nullptr for a bound field: its slot is `bound_of`
+    Slot* bound_of = nullptr;        // the array slot whose count or length a bound field is
+    Record* element = nullptr;       // "seq[i]" as last name
+};
+
+Place resolve(Record& top, std::string_view path) {
+    if (path.empty()) fault(top, path, "empty path");
+    Record* rec = &top;
+    std::string_view rest = path;
+    while (true) {
+        size_t dot = rest.find('.');
+        std::string_view part = rest.substr(0, dot);
+        bool last = dot == std::string_view::npos;
+        std::optional<size_t> index;
+        if (size_t b = part.find('['); b != std::string_view::npos) {
+            if (part.back() != ']') fault(top, path, "bad index in '" + std::string(part) + "'");
+            size_t v = 0;
+            auto digits = part.substr(b + 1, part.size() - b - 2);
+            auto [p, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), v);
+            if (ec != std::errc() || p != digits.data() + digits.size() || digits.empty())
+                fault(top, path, "bad index in '" + std::string(part) + "'");
+            index = v;
+            part = part.substr(0, b);
+        }
+        const FieldInfo* f = rec->type->field(part);
+        if (!f || f->role == FieldRole::link)
+            fault(top, path, "no field '" + std::string(part) + "' in " + std::string(rec->type->name));
+        Place at;
+        at.rec = rec;
+        at.field = f;
+        if (f->role == FieldRole::bound) {
+            if (!last || index) fault(top, path, "'" + std::string(part) + "' is a count, not a record");
+            for (uint16_t i = 0; i < rec->desc->count; ++i)
+                if (rec->desc->fields[i].bound_name && part == rec->desc->fields[i].bound_name) at.bound_of = &rec->slots[i];
+            return at;
+        }
+        at.slot = &rec->slots[f->id - 1];
+        if (index) {
+            if (f->kind != FieldKind::sequence) fault(top, path, "'" + std::string(part) + "' is not a sequence");
+            if (*index >= at.slot->sequence.size())
+                fault(top, path, "sequence '" + std::string(part) + "' has " + std::to_string(at.slot->sequence.size()) +
+                                     " elements");
+            Record* el = at.slot->sequence[*index].get();
+            if (last) {
+                at.element = el;
+                return at;
+            }
+            rec = el;
+        } else if (last) {
+            return at;
+        } else {
+            if (f->kind != FieldKind::nested) fault(top, path, "'" + std::string(part) + "' holds no record");
+            rec = at.slot->nested.get();
+        }
+        rest = rest.substr(dot + 1);
+    }
+}
+
+Place leaf_place(Record& r, std::string_view path) {
+    Place at = resolve(r, path);
+    if (at.element) fault(r, path, "names a sequence element, not a value");
+    return at;
+}
+
+bool fits(Word w, int64_t v) {
+    switch (w) {
+        case Word::u_int8: return v >= 0 && v <= 0xff;
+        case Word::u_int16: return v >= 0 && v <= 0xffff;
+        case Word::int16: return v >= INT16_MIN && v <= INT16_MAX;
+        case Word::u_int32: case Word::enum_value: case Word::flag_bits: return v >= 0 && v <= 0xffffffffll;
+        case Word::int32: return v >= INT32_MIN && v <= INT32_MAX;
+        case Word::u_int64: return v >= 0;
+        case Word::rsl_boolean: return v == 0 || v == 1;
+        default: return false;
+    }
+}
+
+void store_num(Cell& c, uint64_t v) {
+    switch (c.word) {
+        case Word::u_int8: c.num.u8 = uint8_t(v); break;
+        case Word::u_int16: c.num.u16 = uint16_t(v); break;
+        case Word::int16: c.num.i16 = int16_t(v); break;
+        case Word::int32: c.num.i32 = int32_t(v); break;
+        case Word::u_int64: c.num.u64 = v; break;
+        default: c.num.u32 = uint32_t(v); break;
+    }
+}
+
+int64_t load_num(const Cell& c) {
+    switch (c.word) {
+        case Word::u_int8: return c.num.u8;
+        case Word::u_int16: return c.num.u16;
+        case Word::int16: return c.num.i16;
+        case Word::int32: return c.num.i32;
+        case Word::u_int64: return int64_t(c.num.u64);
+        default: return c.num.u32;
+    }
+}
+
+Cell& value_cell(Record& r, std::string_view path, const Place& at) {
+    if (!at.slot) fault(r, path, "is a count, not a value");
+    auto k = at.field->kind;
+    if (k == FieldKind::nested || k == FieldKind::sequence || k == FieldKind::fixed_array ||
+        k == FieldKind::counted_array)
+        fault(r, path, "holds no single value");
+    return at.slot->cell;
+}
+
+void put_le(std::vector<uint8_t>& out, uint64_t v, int bytes) {
+    for (int i = 0; i < bytes; ++i) out.push_back(uint8_t(v >> (8 * i)));
+}
+
+std::optional<int64_t> parse_int(std::string_view s) {
+    int64_t v = 0;
+    bool neg = !s.empty() && s[0] == '-';
+    std::string_view d = neg ? s.substr(1) : s;
+    int base = 10;
+    if (d.size() > 2 && d[0] == '0' && (d[1] == 'x' || d[1] == 'X')) {
+        base = 16;
+        d.remove_prefix(2);
+    }
+    uint64_t u = 0;
+    auto [p, ec] = std::from_chars(d.data(), d.data() + d.size(), u, base);
+    if (d.empty() || ec != std::errc() || p != d.data() + d.size()) return std::nullopt;
+    if (neg) {
+        if (u > uint64_t(INT64_MAX) + 1) return std::nullopt;
+        v = int64_t(0 - u);
+    } else {
+        v = int64_t(u);
+    }
+    return v;
+}
+
+std::string_view trim(std::string_view s) {
+    while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
+    while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
+    return s;
+}
+
+// "[a, b]", "a,b", "a|b" or "" as a list of trimmed items.
+std::vector<std::string_view> items(std::string_view s) {
+    s = trim(s);
+    if (s.size() >= 2 && s.front() == '[' && s.back() == ']') s = trim(s.substr(1, s.size() - 2));
+    std::vector<std::string_view> out;
+    while (!s.empty()) {
+        size_t p = s.find_first_of(",|");
+        out.push_back(trim(s.substr(0, p)));
+        if (p == std::string_view::npos) break;
+        s.remove_prefix(p + 1);
+    }
+    return out;
+}
+
+Cell* new_typed(Word w) {
+    auto* c = new Cell;
+    c->word = w;
+    counters().typed.fetch_add(1, std::memory_order_relaxed);
+    return c;
+}
+
+}  // namespace
+
+Counters& counters() {
+    static Counters c;
+    return c;
+}
+
+// ---------------------------------------------------------------- records
+
+Record::Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* p)
+    : variant(registry().latest_variant), type(&t), desc(&d), parent(p), slots(d.count) {
+    counters().records.fetch_add(1, std::memory_order_relaxed);
+    for (uint16_t i = 0; i < d.count; ++i) {
+        const desc::FieldDesc& f = d.fields[i];
+        Slot& s = slots[i];
+        s.cell.owner = this;
+        s.cell.word = f.kind == FieldKind::nested || f.kind == FieldKind::sequence ? Word::none : f.word;
+        if (f.kind == FieldKind::nested) {
+            s.nested = new_record(*t.fields[i].target, this);
+        } else if (f.kind == FieldKind::fixed_array) {
+            s.elements.resize(f.bound);
+            for (Cell& c : s.elements) {
+                c.word = f.word;
+                c.owner = this;
+            }
+        }
+    }
+}
+
+Record::~Record() {
+    magic = 0;
+    counters().records.fetch_sub(1, std::memory_order_relaxed);
+}
+
+void RecordDeleter::operator()(Record* r) const {
+    if (!r) return;
+    if (r->key_record) {
+        r->~Record();
+        __tallow_free(r);
+        return;
+    }
+    delete r;
+}
+
+RecordPtr new_record(const TypeInfo& t, const Record* parent) {
+    if (t.category != Category::record) throw Error(std::string(t.name) + " is not a record type");
+    return RecordPtr(new Record(t, *registry().desc_by_type.at(&t), parent));
+}
+
+RecordPtr make_record(std::string_view type) {
+    const TypeInfo* t = type_info(type);
+    if (!t) throw Error("unknown type " + std::string(type));
+    return new_record(*t, nullptr);
+}
+
+const TypeInfo& type_of(const Record& r) { return *r.type; }
+
+Record& nested(Record& r, std::string_view path) {
+    Place at = resolve(r, path);
+    if (at.element) return *at.element;
+    if (!at.slot || at.field->kind != FieldKind::nested) fault(r, path, "holds no record");
+    return *at.slot->nested;
+}
+
+const Record& nested(const Record& r, std::string_view path) { return nested(const_cast<Record&>(r), path); }
+
+const void* handle(const Record& r, std::string_view path) {
+    Place at = resolve(const_cast<Record&>(r), path);
+    if (at.element) return at.element;
+    if (!at.slot) fault(r, path, "is a count and has no handle");
+    if (at.field->kind == FieldKind::nested) return at.slot->nested.get();
+    return &at.slot->cell;
+}
+
+void set_int(Record& r, std::string_view path, int64_t v) {
+    Place at = leaf_place(r, path);
+    if (!at.slot) {
+        if (v < 0 || v > 0xffffffffll) fault(r, path, "count out of range");
+        at.bound_of->count = uint32_t(v);
+        return;
+    }
+    Cell& c = value_cell(r, path, at);
+    if (!fits(c.word, v)) fault(r, path, std::to_string(v) + " does not fit " + std::string(word_name(c.word)));
+    store_num(c, uint64_t(v));
+}
+
+void set_u64(Record& r, std::string_view path, uint64_t v) {
+    Place at = leaf_place(r, path);
+    Cell& c = value_cell(r, path, at);
+    if (c.word != Word::u_int64) {
+        if (v > uint64_t(INT64_MAX)) fault(r, path, "value does not fit " + std::string(word_name(c.word)));
+        set_int(r, path, int64_t(v));
+        return;
+    }
+    c.num.u64 = v;
+}
+
+void set_text(Record& r, std::string_view path, std::string_view text) {
+    Place at = leaf_place(r, path);
+    Cell& c = value_cell(r, path, at);
+    if (at.field->kind == FieldKind::chars) {
+        if (at.field->bound && text.size() > at.field->bound)
+            fault(r, path, "more than " + std::to_string(at.field->bound) + " characters");
+        c.text = text;
+        at.slot->count = uint32_t(text.size());
+        return;
+    }
+    if (c.word != Word::rsl_vstring) fault(r, path, "is no text but " + std::string(word_name(c.word)));
+    c.text = text;
+}
+
+void set_ip(Record& r, std::string_view path, const plat::Ip& ip) {
+    Place at = leaf_place(r, path);
+    Cell& c = value_cell(r, path, at);
+    if (c.word != Word::ip_address) fault(r, path, "is no ip_address but " + std::string(word_name(c.word)));
+    c.ip = ip;
+}
+
+void set_ip(Record& r, std::string_view path, std::string_view text) {
+    auto ip = plat::parse_ip(text);
+    if (!ip) fault(r, path, "'" + std::string(text) + "' is no IP address");
+    set_ip(r, path, *ip);
+}
+
+void set_mac(Record& r, std::string_view path, const plat::Mac& mac) {
+    Place at = leaf_place(r, path);
+    Cell& c = value_cell(r, path, at);
+    if (c.word != Word::rsl_mac_addr) fault(r, path, "is no rsl_mac_addr but " + std::string(word_name(c.word)));
+    c.mac = mac;
+}
+
+void set_bool(Record& r, std::string_view path, bool v) {
+    Place at = leaf_place(r, path);
+    Cell& c = value_cell(r, path, at);
+    if (c.word != Word::rsl_boolean) fault(r, path, "is no rsl_boolean but " + std::string(word_name(c.word)));
+    c.num.u32 = v ? 1 : 0;
+}
+
+void set_enum(Record& r, std::string_view path, std::string_view enumerator) {
+    Place at = leaf_place(r, path);
+    Cell& c = value_cell(r, path, at);
+    if (c.word != Word::enum_value) fault(r, path, "is no enumeration");
+    auto v = at.field->target->value_of(enumerator);
+    if (!v) fault(r, path, "'" + std::string(enumerator) + "' is no value of " + std::string(at.field->type));
+    c.num.u32 = *v;
+}
+
+void set_flags(Record& r, std::string_view path, const std::vector<std::string_view>& bits) {
+    Place at = leaf_place(r, path);
+    Cell& c = value_cell(r, path, at);
+    if (c.word != Word::flag_bits) fault(r, path, "is no flag set");
+    uint32_t v = 0;
+    for (std::string_view b : bits) {
+        auto i = at.field->target->value_of(b);
+        if (!i) fault(r, path, "'" + std::string(b) + "' is no bit of " + std::string(at.field->type));
+        v |= 1u << *i;
+    }
+    c.num.u32 = v;
+}
+
+void set_array(Record& r, std::string_view path, const std::vector<uint64_t>& elements) {
+    Place at = leaf_place(r, path);
+    auto k = at.field ? at.field->kind : FieldKind::leaf;
+    if (!at.slot || (k != FieldKind::fixed_array && k != FieldKind::counted_array)) fault(r, path, "is no array");
+    if (k == FieldKind::fixed_array && elements.size() > at.field->bound)
+        fault(r, path, "more than " + std::to_string(at.field->bound) + " elements");
+    for (uint64_t v : elements)
+        if (v > uint64_t(INT64_MAX) || !fits(at.field->word, int64_t(v)))
+            fault(r, path, std::to_string(v) + " does not fit " + std::string(word_name(at.field->word)));
+    if (k == FieldKind::counted_array) {
+        at.slot->elements.assign(elements.size(), Cell{});
+        for (Cell& c : at.slot->elements) {
+            c.word = at.field->word;
+            c.owner = at.rec;
+        }
+        at.slot->count = uint32_t(elements.size());
+    }
+    for (size_t i = 0; i < at.slot->elements.size(); ++i) store_num(at.slot->elements[i], i < elements.size() ? elements[i] : 0);
+}
+
+Record& append(Record& r, std::string_view path) {
+    Place at = leaf_place(r, path);
+    if (!at.slot || at.field->kind != FieldKind::sequence) fault(r, path, "is no sequence");
+    at.slot->sequence.push_back(new_record(*at.field->target, at.rec));
+    Record& el = *at.slot->sequence.back();
+    el.seq_index = uint32_t(at.slot->sequence.size() - 1);
+    return el;
+}
+
+void set_from_text(Record& r, std::string_view path, std::string_view text) {
+    Place at = leaf_place(r, path);
+    auto number = [&](std::string_view s) {
+        auto v = parse_int(trim(s));
+        if (!v) fault(r, path, "'" + std::string(s) + "' is no number");
+        return *v;
+    };
+    if (!at.slot) return set_int(r, path, number(text));
+    switch (at.field->kind) {
+        case FieldKind::fixed_array:
+        case FieldKind::counted_array: {
+            std::vector<uint64_t> v;
+            for (auto item : items(text)) {
+                int64_t n = number(item);
+                if (n < 0) fault(r, path, "negative element");
+                v.push_back(uint64_t(n));
+            }
+            return set_array(r, path, v);
+        }
+        case FieldKind::chars: return set_text(r, path, text);
+        case FieldKind::enumeration:
+            if (auto v = at.field->target->value_of(trim(text))) return set_int(r, path, *v);
+            return set_int(r, path, number(text));
+        case FieldKind::flags: {
+            std::vector<std::string_view> bits = items(text);
+            return set_flags(r, path, bits);
+        }
+        case FieldKind::nested:
+        case FieldKind::sequence: fault(r, path, "holds records, not a value");
+        case FieldKind::leaf: break;
+    }
+    switch (at.slot->cell.word) {
+        case Word::rsl_vstring: return set_text(r, path, text);
+        case Word::ip_address: return set_ip(r, path, trim(text));
+        case Word::rsl_mac_addr: {
+            auto mac = plat::parse_mac(trim(text));
+            if (!mac) fault(r, path, "'" + std::string(text) + "' is no MAC address");
+            return set_mac(r, path, *mac);
+        }
+        case Word::rsl_boolean: {
+            std::string_view t = trim(text);
+            if (t == "true" || t == "1") return set_bool(r, path, true);
+            if (t == "false" || t == "0") return set_bool(r, path, false);
+            fault(r, path, "'" + std::string(text) + "' is no boolean");
+        }
+        case Word::u_int64: {
+            std::string_view t = trim(text);
+            uint64_t u = 0;
+            auto [p, ec] = std::from_chars(t.data(), t.data() + t.size(), u);
+            if (!t.empty() && ec == std::errc() && p == t.data() + t.size()) return set_u64(r, path, u);
+            return set_int(r, path, number(text));
+        }
+        default: return set_int(r, path, number(text));
+    }
+}
+
+int64_t get_int(const Record& r, std::string_view path) {
+    Place at = leaf_place(const_cast<Record&>(r), path);
+    if (!at.slot) return at.bound_of->count;
+    const Cell& c = value_cell(const_cast<Record&>(r), path, at);
+    if (!is_integer(c.word) && c.word != Word::enum_value && c.word != Word::flag_bits && c.word != Word::rsl_boolean)
+        fault(r, path, "is no number but " + std::string(word_name(c.word)));
+    return load_num(c);
+}
+
+uint64_t get_u64(const Record& r, std::string_view path) { return uint64_t(get_int(r, path)); }
+
+std::string get_text(const Record& r, std::string_view path) {
+    Place at = leaf_place(const_cast<Record&>(r), path);
+    const Cell& c = value_cell(const_cast<Record&>(r), path, at);
+    if (c.word != Word::rsl_vstring && c.word != Word::character) fault(r, path, "is no text");
+    return c.text;
+}
+
+plat::Ip get_ip(const Record& r, std::string_view path) {
+    Place at = leaf_place(const_cast<Record&>(r), path);
+    const Cell& c = value_cell(const_cast<Record&>(r), path, at);
+    if (c.word != Word::ip_address) fault(r, path, "is no ip_address");
+    return c.ip;
+}
+
+plat::Mac get_mac(const Record& r, std::string_view path) {
+    Place at = leaf_place(const_cast<Record&>(r), path);
+    const Cell& c = value_cell(const_cast<Record&>(r), path, at);
+    if (c.word != Word::rsl_mac_addr) fault(r, path, "is no rsl_mac_addr");
+    return c.mac;
+}
+
+std::vector<uint64_t> get_array(const Record& r, std::string_view path) {
+    Place at = leaf_place(const_cast<Record&>(r), path);
+    if (!at.slot || (at.field->kind != FieldKind::fixed_array && at.field->kind != FieldKind::counted_array))
+        fault(r, path, "is no array");
+    std::vector<uint64_t> out;
+    for (const Cell& c : at.slot->elements) out.push_back(uint64_t(load_num(c)));
+    return out;
+}
+
+size_t sequence_size(const Record& r, std::string_view path) {
+    Place at = leaf_place(const_cast<Record&>(r), path);
+    if (!at.slot || at.field->kind != FieldKind::sequence) fault(r, path, "is no sequence");
+    return at.slot->sequence.size();
+}
+
+void set_state(Record& r, std::string_view path, uint8_t flag) {
+    Place at = leaf_place(r, path);
+    if (!at.slot) fault(r, path, "is a count and has no state");
+    at.slot->cell.state = flag;
+}
+
+void set_element_state(Record& r, std::string_view path, size_t index, uint8_t flag) {
+    Place at = leaf_place(r, path);
+    if (!at.slot || index >= at.slot->elements.size()) fault(r, path, "has no element " + std::to_string(index));
+    at.slot->elements[index].state = flag;
+}
+
+uint8_t get_state(const Record& r, std::string_view path) {
+    Place at = leaf_place(const_cast<Record&>(r), path);
+    if (!at.slot) fault(r, path, "is a count and has no state");
+    return at.slot->cell.state;
+}
+
+void set_variant(Record& r, int32_t variant, bool with_nested) {
+    r.variant = variant;
+    if (!with_nested) return;
+    for (Slot& s : r.slots) {
+        if (s.nested) set_variant(*s.nested, variant, true);
+        for (auto& el : s.sequence) set_variant(*el, variant, true);
+    }
+}
+
+int32_t get_variant(const Record& r) { return r.variant; }
+
+void set_value_variant(Record& r, std::string_view path, int32_t variant) {
+    Place at = leaf_place(r, path);
+    Cell& c = value_cell(r, path, at);
+    c.own_variant = true;
+    c.variant = variant;
+}
+
+// ---------------------------------------------------------------- values
+
+const Cell* cell_of(const void* handle) {
+    auto* c = static_cast<const Cell*>(handle);
+    return c && c->magic == Cell::k_magic ? c : nullptr;
+}
+
+std::optional<plat::Value> value_of(const void* handle) {
+    const Cell* c = cell_of(handle);
+    if (!c) return std::nullopt;
+    plat::Value v;
+    v.leaf = std::string(word_name(c->word));
+    switch (c->word) {
+        case Word::u_int8:
+        case Word::u_int16:
+        case Word::u_int32:
+        case Word::u_int64:
+        case Word::enum_value:
+        case Word::flag_bits: v.v = uint64_t(c->word == Word::u_int64 ? c->num.u64 : uint64_t(load_num(*c))); break;
+        case Word::int16:
+        case Word::int32: v.v = load_num(*c); break;
+        case Word::rsl_boolean: v.v = c->num.u32 != 0; break;
+        case Word::rsl_vstring:
+        case Word::character: v.v = c->text; break;
+        case Word::ip_address: v.v = c->ip; break;
+        case Word::rsl_mac_addr: v.v = c->mac; break;
+        case Word::none: return std::nullopt;
+    }
+    return v;
+}
+
+int32_t instance_variant(const void* handle) {
+    if (!handle) return 0;
+    uint32_t magic = *static_cast<const uint32_t*>(handle);
+    if (magic == Record::k_magic) return static_cast<const Record*>(handle)->variant;
+    if (magic == Cell::k_magic) {
+        auto* c = static_cast<const Cell*>(handle);
+        if (c->own_variant || !c->owner) return c->variant;
+        return c->owner->variant;
+    }
+    return 0;
+}
+
+void* make_typed(Word w, std::string_view text) {
+    switch (w) {
+        case Word::rsl_vstring: return make_typed_vstring(text);
+        case Word::ip_address: {
+            auto ip = plat::parse_ip(text);
+            return ip ? make_typed_ip(*ip) : nullptr;
+        }
+        case Word::u_int8:
+        case Word::u_int16:
+        case Word::int16:
+        case Word::u_int32:
+        case Word::int32: {
+            auto v = parse_int(trim(text));
+            if (!v || !fits(w, *v)) return nullptr;
+            Cell* c = new_typed(w);
+            store_num(*c, uint64_t(*v));
+            return c;
+        }
+        default: return nullptr;
+    }
+}
+
+void* make_typed_vstring(std::string_view text) {
+    Cell* c = new_typed(Word::rsl_vstring);
+    c->text = text;
+    return c;
+}
+
+void* make_typed_ip(const plat::Ip& ip) {
+    Cell* c = new_typed(Word::ip_address);
+    c->ip = ip;
+    return c;
+}
+
+void* make_typed_int32(int32_t v) {
+    Cell* c = new_typed(Word::int32);
+    c->num.i32 = v;
+    return c;
+}
+
+void destroy_typed(void* obj) {
+    if (!obj) return;
+    auto* c = static_cast<Cell*>(obj);
+    if (c->magic != Cell::k_magic || c->owner) {
+        counters().bad_releases.fetch_add(1, std::memory_order_relaxed);
+        return;
+    }
+    c->magic = 0;
+    delete c;
+    counters().typed.fetch_sub(1, std::memory_order_relaxed);
+}
+
+// ---------------------------------------------------------------- key forms
+
+std::vector<uint8_t> key_bytes(const Cell& c) {
+    std::vector<uint8_t> out;
+    switch (c.word) {
+        case Word::u_int8: put_le(out, c.num.u8, 1); break;
+        case Word::u_int16: put_le(out, c.num.u16, 2); break;
+        case Word::int16: put_le(out, uint16_t(c.num.i16), 2); break;
+        case Word::u_int32:
+        case Word::enum_value:
+        case Word::flag_bits: put_le(out, c.num.u32, 4); break;
+        case Word::int32: put_le(out, uint32_t(c.num.i32), 4); break;
+        case Word::u_int64: put_le(out, c.num.u64, 8); break;
+        case Word::rsl_boolean: out.push_back(c.num.u32 ? 1 : 0); break;
+        case Word::rsl_vstring:
+        case Word::character: out.assign(c.text.begin(), c.text.end()); break;
+        case Word::ip_address: {
+            uint8_t b[17] = {uint8_t(c.ip.family)};
+            size_t n = c.ip.family == 6 ? 16 : 4;
+            std::memcpy(b + 1, c.ip.bytes, n);
+            out.assign(b, b + 1 + n);
+            break;
+        }
+        case Word::rsl_mac_addr: out.assign(c.mac.bytes, c.mac.bytes + 6); break;
+        case Word::none: break;
+    }
+    return out;
+}
+
+std::optional<std::vector<uint8_t>> key_bytes(Word w, std::string_view text) {
+    Cell c;
+    c.word = w;
+    switch (w) {
+        case Word::rsl_vstring: c.text = text; break;
+        case Word::ip_address: {
+            auto ip = plat::parse_ip(trim(text));
+            if (!ip) return std::nullopt;
+            c.ip = *ip;
+            break;
+        }
+        case Word::rsl_mac_addr: {
+            auto mac = plat::parse_mac(trim(text));
+            if (!mac) return std::nullopt;
+            c.mac = *mac;
+            break;
+        }
+        case Word::rsl_boolean: {
+            std::string_view t = trim(text);
+            if (t != "true" && t != "false" && t != "1" && t != "0") return std::nullopt;
+            c.num.u32 = t == "true" || t == "1";
+            break;
+        }
+        default: {
+            if (!is_integer(w)) return std::nullopt;
+            auto v = parse_int(trim(text));
+            if (!v || !fits(w, *v)) return std::nullopt;
+            store_num(c, uint64_t(*v));
+        }
+    }
+    return key_bytes(c);
+}
+
+std::vector<uint8_t> key_bytes(const Record& key_record) {
+    std::vector<uint8_t> out;
+    for (uint16_t i = 0; i < key_record.desc->count; ++i) {
+        const Cell& c = key_record.slots[i].cell;
+        if (key_record.desc->fields[i].kind != FieldKind::leaf) continue;
+        std::vector<uint8_t> part = key_bytes(c);
+        if (c.word == Word::rsl_vstring) put_le(out, part.size(), 4);
+        out.insert(out.end(), part.begin(), part.end());
+    }
+    return out;
+}
+
+// ---------------------------------------------------------------- rows
+
+Row::Row(const TableInfo& t) : table(&t) {
+    for (size_t i = 0; i < t.rows.size() && i < 2; ++i) records[i] = new_record(*t.rows[i], nullptr);
+    counters().rows.fetch_add(1, std::memory_order_relaxed);
+}
+
+Row::~Row() {
+    magic = 0;
+    counters().rows.fetch_sub(1, std::memory_order_relaxed);
+}
+
+void RowDeleter::operator()(Row* r) const { delete r; }
+
+RowPtr make_row(std::string_view table) {
+    const TableInfo* t = table_info(table);
+    if (!t) throw Error("unknown table " + std::string(table));
+    return RowPtr(new Row(*t->table));
+}
+
+const TableInfo& table_of(const Row& row) { return *row.table; }
+
+Record* row_record(Row& row, size_t index) { return index < 2 ? row.records[index].get() : nullptr; }
+const Record* row_record(const Row& row, size_t index) { return index < 2 ? row.records[index].get() : nullptr; }
+
+void drop_row_record(Row& row, size_t index) {
+    if (index < 2) row.records[index].reset();
+}
+
+void set_parent(Row& row, const Row* parent) { row.parent = parent; }
+const Row* parent_of(const Row& row) { return row.parent; }
+
+std::vector<uint8_t> row_key(const Row& row) {
+    const TableInfo& t = *row.table;
+    for (size_t i = 0; i < t.rows.size() && i < 2; ++i) {
+        if (t.rows[i] != t.key_type || !row.records[i]) continue;
+        const Record& rec = *row.records[i];
+        if (t.key_kind == KeyKind::compound) return key_bytes(rec);
+        return key_bytes(rec.slots[t.key_field_id - 1].cell);
+    }
+    return {};
+}
+
+struct Store::Impl {
+    std::unordered_map<const TableInfo*, std::vector<Row*>> by_table;
+    std::vector<RowPtr> rows;
+};
+
+Store::Store() : impl_(std::make_unique<Impl>()) {}
+Store::~Store() = default;
+
+Row& Store::add(std::string_view table, const Row* parent) {
+    RowPtr row = make_row(table);
+    row->parent = parent;
+    Row& r = *row;
+    impl_->by_table[r.table].push_back(&r);
+    impl_->rows.push_back(std::move(row));
+    return r;
+}
+
+std::span<Row* const> Store::rows(const TableInfo& table) const {
+    auto it = impl_->by_table.find(table.table);
+    if (it == impl_->by_table.end()) return {};
+    return it->second;
+}
+
+const Row* Store::find(const TableInfo& table, const Row* parent, std::span<const uint8_t> key) const {
+    for (const Row* r : rows(table)) {
+        if (parent && r->parent != parent) continue;
+        std::vector<uint8_t> k = row_key(*r);
+        if (k.size() == key.size() && std::equal(k.begin(), k.end(), key.begin())) return r;
+    }
+    return nullptr;
+}
+
+size_t Store::size() const { return impl_->rows.size(); }
+
+void Store::clear() {
+    impl_->by_table.clear();
+    impl_->rows.clear();
+}
+
+LiveCounts live_counts() {
+    Counters& c = counters();
+    LiveCounts l;
+    l.records = c.records.load(std::memory_order_relaxed);
+    l.rows = c.rows.load(std::memory_order_relaxed);
+    l.typed = c.typed.load(std::memory_order_relaxed);
+    l.key_records = c.key_records.load(std::memory_order_relaxed);
+    l.bad_handles = c.bad_handles.load(std::memory_order_relaxed);
+    l.bad_releases = c.bad_releases.load(std::memory_order_relaxed);
+    return l;
+}
+
+}  // namespace zan::db

@@ -1,0 +1,114 @@
+// Inside of the record store: record instances, rows, and the catalogue registry that the
+// accessors, the field lookups and database.hpp share.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "desc.hpp"
+#include "zan/database.hpp"
+
+namespace zan::db {
+
+// One field of a record instance. `cell` holds a leaf, enumeration or flag value, the
+// characters of a character array, and the state flag of every kind of field.
+struct Slot {
+    Cell cell;
+    RecordPtr nested;                // nested record (union arms included), owned
+    std::vector<Cell> elements;      // fixed and counted arrays
+    std::vector<RecordPtr> sequence; // sequence elements, owned
+    uint32_t count = 0;              // count of a counted array, length of a character array
+};
+
+class Record {
+public:
+    static constexpr uint32_t k_magic = 0x7a726563u;
+    uint32_t magic = k_magic;
+    int32_t variant = 0;
+    bool key_record = false;         // made by <k>_create: memory from the platform allocator
+    uint32_t seq_index = 0;          // place in the parent's sequence
+    const TypeInfo* type = nullptr;
+    const desc::RecordDesc* desc = nullptr;
+    const Record* parent = nullptr;  // record that holds this one
+    std::vector<Slot> slots;         // one per field of desc, in order
+
+    Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* parent);
+    ~Record();
+    Record(const Record&) = delete;
+    Record& operator=(const Record&) = delete;
+
+    size_t index_of(const desc::FieldDesc& f) const { return size_t(&f - desc->fields); }
+    bool owns(const desc::FieldDesc& f) const {
+        auto p = reinterpret_cast<uintptr_t>(&f), b = reinterpret_cast<uintptr_t>(desc->fields);
+        return p >= b && p < b + desc->count * sizeof(desc::FieldDesc);
+    }
+};
+
+class Row {
+public:
+    static constexpr uint32_t k_magic = 0x7a726f77u;
+    uint32_t magic = k_magic;
+    const TableInfo* table = nullptr;    // the table (never a second entrance)
+    RecordPtr records[2];
+    const Row* parent = nullptr;
+
+    explicit Row(const TableInfo& t);
+    ~Row();
+    Row(const Row&) = delete;
+    Row& operator=(const Row&) = delete;
+};
+
+// Makes a record of a record type, nested records included.
+RecordPtr new_record(const TypeInfo& t, const Record* parent);
+
+// Live counters (relaxed atomics: they are only summed for tests).
+struct Counters {
+    std::atomic<long> records{0}, rows{0}, typed{0}, key_records{0}, bad_handles{0}, bad_releases{0};
+};
+Counters& counters();
+
+// Error word: set only when clear.
+inline void fail(uint32_t* err, uint32_t code) {
+    if (err && *err == 0) *err = code;
+}
+
+struct Luid {
+    uint64_t hi = 0, lo = 0;
+    bool operator==(const Luid&) const = default;
+};
+struct LuidHash {
+    size_t operator()(const Luid& l) const { return size_t(l.hi ^ (l.lo * 0x9e3779b97f4a7c15ull)); }
+};
+Luid luid_key(const uint8_t* bytes);
+
+struct Registry {
+    std::vector<std::unique_ptr<TypeInfo>> type_store;
+    std::vector<std::unique_ptr<TableInfo>> table_store;
+    std::vector<std::unique_ptr<uint8_t[]>> luid_store;   // field identifiers, 16 bytes each
+    std::vector<std::unique_ptr<std::string>> text_store;  // texts the catalogue has no symbol for
+
+    std::vector<const TypeInfo*> types;            // named, slot order
+    std::vector<const TypeInfo*> slots;            // all slots, nullptr when empty
+    std::vector<const TableInfo*> positions;       // traverser order
+    std::vector<const TableInfo*> tables;          // row order
+    std::vector<const TableInfo*> rows;            // all rows, nullptr when empty
+
+    std::unordered_map<std::string_view, const TypeInfo*> type_by_name;
+    std::unordered_map<std::string_view, const TableInfo*> position_by_name;
+    std::unordered_map<std::string_view, int32_t> slot_by_name;   // named and unused slots
+    std::unordered_map<std::string_view, int32_t> row_by_name;    // named and unused rows
+    std::unordered_map<const desc::RecordDesc*, const TypeInfo*> type_by_desc;
+    std::unordered_map<const TypeInfo*, const desc::RecordDesc*> desc_by_type;
+    std::unordered_map<const desc::TableDesc*, const TableInfo*> position_by_desc;
+    std::unordered_map<Luid, LuidTarget, LuidHash> by_luid;
+    std::unordered_map<Luid, const TableInfo*, LuidHash> by_pq;
+    int32_t latest_variant = 0;
+};
+const Registry& registry();
+
+}  // namespace zan::db
