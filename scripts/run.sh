@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Builds in build/ and runs one job:
+#   scripts/run.sh main [ZANFE ARGS...]   the zanfe tool (default: columns tbl_ntp_peer_eol)
+#   scripts/run.sh test                   the whole test suite
+#   scripts/run.sh bench [ARGS...]        the benchmarks
+# Installing and building report on standard error, so that standard output of the main
+# job is the tool's alone.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+job=${1:-main}
+[ $# -gt 0 ] && shift
+case "$job" in
+  main|test|bench) ;;
+  *)
+    echo "usage: scripts/run.sh main [zanfe arguments] | test | bench [benchmark arguments]" >&2
+    exit 2
+    ;;
+esac
+
+bash scripts/setup.sh >&2
+cmake -S . -B build -G Ninja >&2
+
+case "$job" in
+  main)
+    cmake --build build -j2 --target zanfe_tool zan_fe >&2
+    [ $# -eq 0 ] && set -- columns tbl_ntp_peer_eol
+    exec build/tools/zanfe "$@"
+    ;;
+  test)
+    cmake --build build -j2
+    exec ctest --test-dir build --output-on-failure -j2
+    ;;
+  bench)
+    cmake -S . -B build -DZAN_BENCH=ON >&2
+    cmake --build build -j2 --target bench_columns zan_fe >&2
+    exec build/bench/bench_columns "$@"
+    ;;
+esac

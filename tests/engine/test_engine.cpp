@@ -1,0 +1,180 @@
+// The reference engine against the real front-end library: loading, what registration
+// handed over, the table arrays and column descriptions reached through them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "zan/engine.hpp"
+#include "zan/platform.hpp"
+
+namespace {
+
+using zan::engine::Column;
+using zan::engine::Engine;
+
+// One engine for the whole binary: the library stays loaded once it is, like in a device.
+Engine& engine() {
+    static Engine* e = [] {
+        auto* fresh = new Engine;
+        if (auto err = fresh->load(Engine::default_library_path())) ADD_FAILURE() << *err;
+        return fresh;
+    }();
+    return *e;
+}
+
+std::vector<Column> columns_of(const char* table) {
+    auto row = engine().find_table(table);
+    EXPECT_TRUE(row) << table;
+    if (!row) return {};
+    auto r = engine().columns(*row);
+    EXPECT_TRUE(r.ok()) << table << ": status " << r.status << ", error " << r.err;
+    return r.columns;
+}
+
+TEST(EngineLoad, RegistersBothVectorSetsForTheContext) {
+    ASSERT_TRUE(engine().loaded());
+    const auto& reg = engine().registration();
+    EXPECT_EQ(reg.context, "zan_config_db_context");
+    EXPECT_GE(reg.fe_vector_calls, 1);
+    EXPECT_GE(reg.gx_vector_calls, 1);
+    EXPECT_EQ(reg.context_ptr, reg.gx_context_ptr);
+    EXPECT_NE(reg.dispatch, nullptr);
+    EXPECT_NE(reg.table_lookup, nullptr);
+    EXPECT_NE(reg.type_lookup, nullptr);
+    EXPECT_NE(reg.type_field_lut, nullptr);
+    EXPECT_EQ(reg.gx_reserved, nullptr);
+    EXPECT_EQ(engine().dispatcher(), reg.dispatch);
+}
+
+TEST(EngineLoad, FailuresAnswerOneLineNamingTheCause) {
+    Engine e;
+    auto err = e.load("/nonexistent/libzanfe.so");
+    ASSERT_TRUE(err);
+    EXPECT_NE(err->find("/nonexistent/libzanfe.so"), std::string::npos) << *err;
+    EXPECT_EQ(err->find('\n'), std::string::npos);
+    EXPECT_FALSE(e.loaded());
+    EXPECT_TRUE(e.table_rows().empty());
+    EXPECT_FALSE(e.find_table("tbl_ntp_peer_eol"));
+
+    err = e.load(ZAN_PLATFORM_LIBRARY);
+    ASSERT_TRUE(err);
+    EXPECT_NE(err->find("zan_config_db_data_model_fe_init"), std::string::npos) << *err;
+    EXPECT_FALSE(e.loaded());
+
+    ASSERT_TRUE(engine().loaded());
+    err = engine().load(Engine::default_library_path());
+    ASSERT_TRUE(err) << "a second load into the same engine";
+}
+
+TEST(EngineLoad, FailedRegistrationIsALoadFailure) {
+    ASSERT_TRUE(engine().loaded());   // the library is in the process already; init runs again
+    zan::plat::fault_fail_nth("arbor_register_fe_gx_vectors", 1);
+    Engine e;
+    auto err = e.load(Engine::default_library_path());
+    zan::plat::fault_clear_all();
+    ASSERT_TRUE(err);
+    EXPECT_NE(err->find("-1"), std::string::npos) << *err;
+    EXPECT_FALSE(e.loaded());
+}
+
+TEST(EngineLoad, LibraryPathComesFromTheEnvironmentFirst) {
+    const std::string built = Engine::default_library_path();
+    setenv("ZANFE_LIBRARY", "/elsewhere/libzanfe.so", 1);
+    EXPECT_EQ(Engine::default_library_path(), "/elsewhere/libzanfe.so");
+    unsetenv("ZANFE_LIBRARY");
+    EXPECT_EQ(Engine::default_library_path(), built);
+}
+
+TEST(EngineTables, RowsAreThe329TablesAndTwoEmptyRows) {
+    const auto rows = engine().table_rows();
+    ASSERT_EQ(rows.size(), 331u);
+    std::set<std::string> names;
+    std::vector<int> empty;
+    for (const auto& r : rows) {
+        EXPECT_EQ(r.kind(), 5u) << "row " << r.row;
+        if (r.empty()) {
+            empty.push_back(r.row);
+            EXPECT_EQ(r.vft, nullptr);
+            EXPECT_EQ(r.gx->columns_to_ntlist, nullptr);
+            continue;
+        }
+        EXPECT_TRUE(r.name().starts_with("tbl_")) << r.name();
+        EXPECT_NE(r.vft, nullptr) << r.name();
+        names.insert(std::string(r.name()));
+    }
+    EXPECT_EQ(names.size(), 329u);
+    EXPECT_EQ(empty, (std::vector<int>{15, 269}));
+    EXPECT_EQ(rows[0].name(), "tbl_cfg_crypto_ca_trust_point_primary_eol");
+    EXPECT_EQ(rows[1].name(), "tbl_ci_ipv6_enable_eol");
+    EXPECT_EQ(rows[2].name(), "tbl_cfg_ip_dhcp_snooping_eol");
+}
+
+TEST(EngineTables, FindByNameRoundTripsThroughTheRegisteredNumbering) {
+    for (const auto& r : engine().table_rows()) {
+        if (r.empty()) continue;
+        auto found = engine().find_table(r.name());
+        ASSERT_TRUE(found) << r.name();
+        EXPECT_EQ(found->row, r.row);
+        EXPECT_EQ(found->gx, r.gx);
+    }
+    for (const char* name : {"tbl_nope", "", "tbl_ci_vrf_mode_rt_eol_b", "tbl_conf_ip_nacl_ext_eol_final_b",
+                             "tbl_ntp_peer_eo", "tbl_ntp_peer_eol_"})
+        EXPECT_FALSE(engine().find_table(name)) << name;
+    EXPECT_TRUE(engine().table_row(-1).empty());
+    EXPECT_TRUE(engine().table_row(331).empty());
+}
+
+TEST(EngineColumns, ColumnsOfParticularTables) {
+    const auto source = columns_of("tbl_ntp_source_eol");
+    EXPECT_EQ(source, (std::vector<Column>{{"singleton_id", 4}, {"compound_0.ntp_source_ifhandle", 4}}));
+
+    const auto peer = columns_of("tbl_ntp_peer_eol");
+    ASSERT_EQ(peer.size(), 37u);
+    EXPECT_EQ(peer.front(), (Column{"peer_server_key", 8}));
+    EXPECT_NE(std::find(peer.begin(), peer.end(), Column{"compound_0.peer_or_server.descriminator", 103}),
+              peer.end());
+
+    // Key columns first, then the value record's.
+    const auto tv = columns_of("tbl_threat_visibility_ip_export");
+    ASSERT_GE(tv.size(), 3u);
+    EXPECT_EQ(tv[0].name, "export_address");
+    EXPECT_EQ(tv[0].code, 101u);
+
+    EXPECT_EQ(columns_of("tbl_conf_mac_nacl_eol").size(), 395u);
+}
+
+TEST(EngineColumns, AllTablesGive2291ColumnsWithKnownCodes) {
+    size_t total = 0;
+    for (const auto& r : engine().table_rows()) {
+        if (r.empty()) continue;
+        auto res = engine().columns(r);
+        ASSERT_TRUE(res.ok()) << r.name();
+        EXPECT_FALSE(res.columns.empty()) << r.name();
+        for (const auto& c : res.columns) {
+            EXPECT_FALSE(zan::engine::type_code_word(c.code).empty()) << r.name() << " " << c.name << " " << c.code;
+            EXPECT_LE(c.name.size(), 256u);
+        }
+        total += res.columns.size();
+    }
+    EXPECT_EQ(total, 2291u);
+}
+
+TEST(EngineColumns, EmptyRowAndFailingListAreReportedNotHidden) {
+    auto empty = engine().columns(engine().table_row(15));
+    EXPECT_EQ(empty.status, -1);
+    EXPECT_TRUE(empty.columns.empty());
+
+    auto peer = engine().find_table("tbl_ntp_peer_eol");
+    ASSERT_TRUE(peer);
+    zan::plat::fault_fail_nth("arbor_fe_ntlist_add", 3);
+    auto res = engine().columns(*peer);
+    zan::plat::fault_clear_all();
+    EXPECT_EQ(res.status, -1);
+    EXPECT_EQ(res.err, 5u);
+    EXPECT_EQ(res.columns.size(), 2u) << "what was added before the failure stays";
+    EXPECT_FALSE(res.ok());
+}
+
+}  // namespace

@@ -1,0 +1,278 @@
+// The zanfe command as a user runs it: a separate process, its output, its error lines
+// and its exit status.
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+struct ToolRun {
+    int status = -1;   // exit status; -1 if the tool did not exit normally
+    std::string out, err;
+    std::vector<std::string> err_lines() const;
+};
+
+std::vector<std::string> split_lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+std::vector<std::string> ToolRun::err_lines() const { return split_lines(err); }
+
+std::string slurp(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// Runs the tool with args; env entries "NAME=value" are added, "NAME" alone is removed.
+ToolRun zanfe(const std::vector<std::string>& args, const std::vector<std::string>& env = {}) {
+    char dir_template[] = "/tmp/zanfe-test-XXXXXX";
+    const char* dir = mkdtemp(dir_template);
+    if (dir == nullptr) {
+        ADD_FAILURE() << "mkdtemp";
+        return {};
+    }
+    const std::string out_path = std::string(dir) + "/out", err_path = std::string(dir) + "/err";
+
+    std::vector<std::string> env_strings;
+    for (char** e = environ; *e; ++e) {
+        const std::string entry(*e);
+        const std::string name = entry.substr(0, entry.find('='));
+        bool replaced = false;
+        for (const auto& x : env) replaced |= x.substr(0, x.find('=')) == name;
+        if (!replaced && name != "ZANFE_LIBRARY") env_strings.push_back(entry);
+    }
+    for (const auto& x : env)
+        if (x.find('=') != std::string::npos) env_strings.push_back(x);
+    std::vector<char*> envp, argv{const_cast<char*>(ZANFE_TOOL)};
+    for (auto& s : env_strings) envp.push_back(s.data());
+    envp.push_back(nullptr);
+    std::vector<std::string> arg_copy = args;
+    for (auto& a : arg_copy) argv.push_back(a.data());
+    argv.push_back(nullptr);
+
+    const pid_t pid = fork();
+    if (pid == 0) {
+        const int in = open("/dev/null", O_RDONLY);
+        const int out = open(out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        const int err = open(err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        if (in < 0 || out < 0 || err < 0) _exit(126);
+        dup2(in, 0);
+        dup2(out, 1);
+        dup2(err, 2);
+        execve(ZANFE_TOOL, argv.data(), envp.data());
+        _exit(127);
+    }
+    ToolRun r;
+    int wstatus = 0;
+    if (pid > 0 && waitpid(pid, &wstatus, 0) == pid && WIFEXITED(wstatus)) r.status = WEXITSTATUS(wstatus);
+    r.out = slurp(out_path);
+    r.err = slurp(err_path);
+    std::remove(out_path.c_str());
+    std::remove(err_path.c_str());
+    rmdir(dir);
+    return r;
+}
+
+// A failure: non-zero status, nothing on standard output, exactly one error line.
+void expect_one_line_failure(const ToolRun& r, const std::string& line) {
+    EXPECT_NE(r.status, 0);
+    EXPECT_GT(r.status, 0) << "the tool must exit, not crash";
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(r.err_lines(), std::vector<std::string>{line}) << r.err;
+}
+
+nlohmann::ordered_json parse_json(const std::string& text) {
+    auto j = nlohmann::ordered_json::parse(text, nullptr, /*allow_exceptions=*/false);
+    EXPECT_FALSE(j.is_discarded()) << "not JSON: " << text.substr(0, 200);
+    return j;
+}
+
+TEST(ToolTables, ListsEveryRowWithPathAndKey) {
+    const ToolRun r = zanfe({"tables"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    const auto lines = split_lines(r.out);
+    EXPECT_EQ(lines.size(), 331u);
+    EXPECT_EQ(lines, split_lines(slurp(TOOL_EXPECT_DIR "/tables.tsv")));
+}
+
+TEST(ToolColumns, JsonIsEveryTableInRowOrder) {
+    const ToolRun r = zanfe({"columns", "--json"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    const auto got = parse_json(r.out);
+    ASSERT_TRUE(got.is_object());
+    EXPECT_EQ(got.size(), 329u);
+    size_t total = 0;
+    for (const auto& [table, cols] : got.items()) {
+        ASSERT_TRUE(cols.is_array()) << table;
+        for (const auto& c : cols) {
+            ASSERT_TRUE(c.is_array() && c.size() == 2 && c[0].is_string() && c[1].is_number_unsigned()) << c;
+        }
+        total += cols.size();
+    }
+    EXPECT_EQ(total, 2291u);
+    // Same tables, same order, same columns as the catalogue says.
+    const auto want = nlohmann::ordered_json::parse(slurp(TOOL_EXPECT_DIR "/columns.json"));
+    EXPECT_TRUE(got == want);
+    if (got != want) {
+        auto w = want.items().begin();
+        for (const auto& [table, cols] : got.items()) {
+            if (w == want.items().end()) break;
+            if (table != w.key() || cols != w.value()) {
+                ADD_FAILURE() << "first difference at " << table << " (expected " << w.key() << ")";
+                break;
+            }
+            ++w;
+        }
+    }
+}
+
+TEST(ToolColumns, TextListsColumnsWithCodeAndWord) {
+    const ToolRun r = zanfe({"columns", "tbl_ntp_source_eol", "tbl_ntp_maxdist_eol"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out,
+              "tbl_ntp_source_eol\n"
+              "  singleton_id\t4 u_int32\n"
+              "  compound_0.ntp_source_ifhandle\t4 u_int32\n"
+              "tbl_ntp_maxdist_eol\n"
+              "  singleton_id\t4 u_int32\n"
+              "  compound_0.ntp_mdist_value_1\t5 int32\n");
+
+    // Every table: one heading line each, one indented line per column, and the text says
+    // what the JSON form says.
+    const ToolRun text = zanfe({"columns"});
+    ASSERT_EQ(text.status, 0) << text.err;
+    using Entry = std::tuple<std::string, std::string, unsigned>;
+    std::vector<Entry> from_text, from_json;
+    size_t headings = 0;
+    std::string table;
+    for (const auto& line : split_lines(text.out)) {
+        if (!line.starts_with("  ")) {
+            table = line;
+            ++headings;
+            continue;
+        }
+        const auto tab = line.find('\t'), space = line.find(' ', tab);
+        ASSERT_NE(space, std::string::npos) << line;
+        from_text.emplace_back(table, line.substr(2, tab - 2), std::stoul(line.substr(tab + 1, space - tab - 1)));
+        EXPECT_NE(line.substr(space + 1), "?") << line;
+    }
+    const auto json = parse_json(zanfe({"columns", "--json"}).out);
+    for (const auto& [t, cols] : json.items())
+        for (const auto& c : cols) from_json.emplace_back(t, c[0].get<std::string>(), c[1].get<unsigned>());
+    EXPECT_EQ(headings, 329u);
+    EXPECT_EQ(from_text.size(), 2291u);
+    EXPECT_TRUE(from_text == from_json);
+}
+
+TEST(ToolColumns, NamedTablesKeepTheirOrderAndCountOnce) {
+    const ToolRun r = zanfe({"columns", "--json", "tbl_ntp_peer_eol", "tbl_ip_dhcp_svr", "tbl_ntp_peer_eol"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto got = parse_json(r.out);
+    ASSERT_EQ(got.size(), 2u);
+    EXPECT_EQ(got.begin().key(), "tbl_ntp_peer_eol");
+    EXPECT_EQ(got["tbl_ntp_peer_eol"].size(), 37u);
+    EXPECT_EQ(got["tbl_ntp_peer_eol"][0], nlohmann::ordered_json::array({"peer_server_key", 8}));
+    EXPECT_EQ(got["tbl_ip_dhcp_svr"].size(), 2u);
+}
+
+TEST(ToolErrors, BadTablesAreRejectedBeforeAnythingIsPrinted) {
+    expect_one_line_failure(zanfe({"columns", "tbl_ntp_peer_eol", "tbl_nope"}), "zanfe: unknown table 'tbl_nope'");
+    expect_one_line_failure(zanfe({"columns", "--json", "tbl_nope", "tbl_ntp_peer_eol"}),
+                            "zanfe: unknown table 'tbl_nope'");
+    // A second entrance is a path, not a table of its own.
+    expect_one_line_failure(zanfe({"columns", "tbl_ci_vrf_mode_rt_eol_b"}),
+                            "zanfe: unknown table 'tbl_ci_vrf_mode_rt_eol_b'");
+}
+
+TEST(ToolErrors, BadCommandLines) {
+    expect_one_line_failure(zanfe({"frobnicate"}), "zanfe: unknown command 'frobnicate'");
+    expect_one_line_failure(zanfe({}), "zanfe: no command given (see 'zanfe --help')");
+    expect_one_line_failure(zanfe({"tables", "--jsno"}), "zanfe: unknown option '--jsno'");
+    expect_one_line_failure(zanfe({"-x", "tables"}), "zanfe: unknown option '-x'");
+    expect_one_line_failure(zanfe({"tables", "--json"}), "zanfe: option '--json' does not apply to 'tables'");
+    expect_one_line_failure(zanfe({"tables", "tbl_ntp_peer_eol"}),
+                            "zanfe: 'tables' takes no arguments (got 'tbl_ntp_peer_eol')");
+    expect_one_line_failure(zanfe({"columns", "--lib"}), "zanfe: option '--lib' needs a value");
+    expect_one_line_failure(zanfe({"columns", "--trace=yes"}), "zanfe: option '--trace' takes no value");
+    expect_one_line_failure(zanfe({"columns", "--fail", "arbor_fe_ntlist_add:0"}),
+                            "zanfe: bad call number in --fail 'arbor_fe_ntlist_add:0' (want POINT or POINT:N, N >= 1)");
+    // Usage faults and run-time faults exit differently.
+    EXPECT_EQ(zanfe({"frobnicate"}).status, 2);
+    EXPECT_EQ(zanfe({"columns", "tbl_nope"}).status, 1);
+}
+
+TEST(ToolErrors, LibraryThatCannotBeUsed) {
+    ToolRun r = zanfe({"tables"}, {"ZANFE_LIBRARY=/nonexistent/libzanfe.so"});
+    ASSERT_EQ(r.err_lines().size(), 1u) << r.err;
+    expect_one_line_failure(r, r.err_lines()[0]);
+    EXPECT_TRUE(r.err.starts_with("zanfe: cannot load /nonexistent/libzanfe.so: ")) << r.err;
+
+    // --lib wins over the environment.
+    r = zanfe({"--lib", "/nowhere/libzanfe.so", "tables"}, {"ZANFE_LIBRARY=/nonexistent/libzanfe.so"});
+    EXPECT_TRUE(r.err.starts_with("zanfe: cannot load /nowhere/libzanfe.so: ")) << r.err;
+
+    // A library that loads but is no front end.
+    expect_one_line_failure(zanfe({"tables", "--lib=" ZAN_PLATFORM_LIBRARY}),
+                            "zanfe: " ZAN_PLATFORM_LIBRARY " has no zan_config_db_data_model_fe_init");
+}
+
+TEST(ToolTrace, TraceLinesGoToStandardErrorOnlyWhenAsked) {
+    // The third column fails to be added: the walk traces its way back up.
+    const ToolRun traced = zanfe({"--trace", "columns", "tbl_ntp_peer_eol", "--fail", "arbor_fe_ntlist_add:3"});
+    EXPECT_EQ(traced.status, 1);
+    EXPECT_EQ(traced.out, "");
+    const auto lines = traced.err_lines();
+    ASSERT_GE(lines.size(), 2u) << traced.err;
+    for (size_t i = 0; i + 1 < lines.size(); ++i)
+        EXPECT_TRUE(lines[i].starts_with("trace 0x3000000 ")) << lines[i];
+    EXPECT_NE(traced.err.find("ntp_peer_eol to_ntlist failed (Input/output error)"), std::string::npos)
+        << traced.err;
+    EXPECT_EQ(lines.back(),
+              "zanfe: column description of tbl_ntp_peer_eol failed: status -1, error 5 (Input/output error)");
+
+    const ToolRun quiet = zanfe({"columns", "tbl_ntp_peer_eol", "--fail", "arbor_fe_ntlist_add:3"});
+    expect_one_line_failure(quiet, lines.back());
+
+    // A clean run has nothing to trace and prints the same as without the option.
+    const ToolRun clean = zanfe({"columns", "--trace", "tbl_ntp_peer_eol"});
+    EXPECT_EQ(clean.status, 0);
+    EXPECT_EQ(clean.err, "");
+    EXPECT_EQ(clean.out, zanfe({"columns", "tbl_ntp_peer_eol"}).out);
+}
+
+TEST(ToolTrace, FailedRegistrationStopsTheTool) {
+    const ToolRun r = zanfe({"tables", "--fail", "arbor_register_fe_gx_vectors"});
+    ASSERT_EQ(r.err_lines().size(), 1u) << r.err;
+    expect_one_line_failure(r, r.err_lines()[0]);
+    EXPECT_TRUE(r.err.starts_with("zanfe: zan_config_db_data_model_fe_init of /")) << r.err;
+    EXPECT_TRUE(r.err.ends_with(" answered -1\n")) << r.err;
+}
+
+TEST(ToolHelp, HelpListsCommandsAndOptions) {
+    for (const char* h : {"--help", "-h"}) {
+        const ToolRun r = zanfe({h});
+        EXPECT_EQ(r.status, 0);
+        EXPECT_EQ(r.err, "");
+        for (const char* word : {"tables", "columns", "--json", "--trace", "--lib", "--fail"})
+            EXPECT_NE(r.out.find(word), std::string::npos) << word;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,149 @@
+#include "commands.hpp"
+
+#include <cstdio>
+#include <cstring>
+#include <unordered_set>
+
+#include "places.hpp"
+
+namespace zanfe {
+
+using zan::engine::ColumnResult;
+using zan::engine::TableRow;
+
+std::span<const Command> commands() {
+    static const std::vector<Command> list{
+        {{"tables", "", "list the rows of the table arrays: row, table, path, key", {}}, cmd_tables},
+        {{"columns", "[TABLE...]", "column names and type codes of the tables (default: all, in row order)",
+          {{"--json", "", "one JSON object: {\"tbl_x\": [[\"column\", code], ...], ...}"}}},
+         cmd_columns},
+    };
+    return list;
+}
+
+std::vector<CommandDef> command_defs() {
+    std::vector<CommandDef> defs;
+    for (const auto& c : commands()) defs.push_back(c.def);
+    return defs;
+}
+
+void append_json_string(std::string& out, std::string_view text) {
+    out += '"';
+    for (const char ch : text) {
+        const auto c = static_cast<unsigned char>(ch);
+        switch (c) {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        case '\b': out += "\\b"; break;
+        case '\f': out += "\\f"; break;
+        default:
+            if (c < 0x20) {
+                char buf[8];
+                std::snprintf(buf, sizeof buf, "\\u%04x", c);
+                out += buf;
+            } else {
+                out += ch;
+            }
+        }
+    }
+    out += '"';
+}
+
+namespace {
+
+void no_arguments(const Invocation& inv) {
+    if (!inv.args.empty())
+        throw ToolError("'" + inv.command + "' takes no arguments (got '" + inv.args.front() + "')", k_exit_usage);
+}
+
+// The tables a command names, checked all at once before anything is printed; with no
+// names, every named row in row order. A name given twice counts once.
+std::vector<TableRow> select_tables(const Session& s, const std::vector<std::string>& names) {
+    std::vector<TableRow> out;
+    if (names.empty()) {
+        for (const auto& row : s.engine.table_rows())
+            if (!row.empty()) out.push_back(row);
+        return out;
+    }
+    std::unordered_set<std::string> seen;
+    for (const auto& name : names) {
+        auto row = s.engine.find_table(name);
+        if (!row) throw ToolError("unknown table '" + name + "'");
+        if (seen.insert(name).second) out.push_back(*row);
+    }
+    return out;
+}
+
+std::string error_text(uint32_t err) {
+    return std::to_string(err) + " (" + std::strerror(static_cast<int>(err)) + ")";
+}
+
+}  // namespace
+
+void cmd_tables(Session& s, const Invocation& inv) {
+    no_arguments(inv);
+    for (const auto& row : s.engine.table_rows()) {
+        s.out += std::to_string(row.row);
+        if (row.empty()) {
+            s.out += "\t-\t-\t-\n";
+            continue;
+        }
+        const TablePlace place = table_place(row.name());
+        s.out += '\t';
+        s.out += row.name();
+        s.out += '\t';
+        s.out += place.path.empty() ? "-" : place.path;
+        s.out += '\t';
+        s.out += place.key.empty() ? "-" : place.key;
+        s.out += '\n';
+    }
+}
+
+void cmd_columns(Session& s, const Invocation& inv) {
+    const bool json = inv.has("--json");
+    const std::vector<TableRow> tables = select_tables(s, inv.args);
+    std::vector<ColumnResult> results;
+    results.reserve(tables.size());
+    for (const auto& t : tables) {
+        ColumnResult r = s.engine.columns(t);
+        if (!r.ok())
+            throw ToolError("column description of " + std::string(t.name()) + " failed: status " +
+                            std::to_string(r.status) + ", error " + error_text(r.err));
+        results.push_back(std::move(r));
+    }
+
+    if (json) {
+        s.out += '{';
+        for (size_t i = 0; i < tables.size(); ++i) {
+            if (i) s.out += ',';
+            s.out += "\n";
+            append_json_string(s.out, tables[i].name());
+            s.out += ": [";
+            const auto& cols = results[i].columns;
+            for (size_t j = 0; j < cols.size(); ++j) {
+                if (j) s.out += ", ";
+                s.out += '[';
+                append_json_string(s.out, cols[j].name);
+                s.out += ", " + std::to_string(cols[j].code) + ']';
+            }
+            s.out += ']';
+        }
+        s.out += tables.empty() ? "}\n" : "\n}\n";
+        return;
+    }
+    for (size_t i = 0; i < tables.size(); ++i) {
+        s.out += tables[i].name();
+        s.out += '\n';
+        for (const auto& c : results[i].columns) {
+            s.out += "  " + c.name + '\t' + std::to_string(c.code) + ' ';
+            const std::string_view word = zan::engine::type_code_word(c.code);
+            s.out += word.empty() ? std::string_view{"?"} : word;
+            s.out += '\n';
+        }
+    }
+}
+
+}  // namespace zanfe

@@ -1,0 +1,35 @@
+// The commands of the zanfe tool, one function each. A command writes its whole answer
+// into Session::out, which main prints only once the command has succeeded, so that a
+// failing command prints nothing but its error line.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "cli.hpp"
+#include "zan/engine.hpp"
+
+namespace zanfe {
+
+struct Session {
+    zan::engine::Engine engine;
+    std::string out;
+};
+
+using CommandFn = void (*)(Session&, const Invocation&);
+
+struct Command {
+    CommandDef def;
+    CommandFn run;
+};
+
+std::span<const Command> commands();
+std::vector<CommandDef> command_defs();
+
+void cmd_tables(Session& s, const Invocation& inv);
+void cmd_columns(Session& s, const Invocation& inv);
+
+// JSON string literal of text, quotes included.
+void append_json_string(std::string& out, std::string_view text);
+
+}  // namespace zanfe
