@@ -1,0 +1,73 @@
+#!/usr/bin/env python3
+"""Writes what the front-end tests expect, derived from the catalogue on its own terms
+(not from the front-end generator), one fact a line:
+
+  export NAME                             a name the library must export
+  table ROW NAME|- NCOLS                  a row of the table arrays ("-": empty row)
+  column CODE DEPTH OWNER NAME            a column of the table above; OWNER is the record
+                                          that holds the leaf, DEPTH its nesting level
+  type ROW NAME|- CATEGORY|- KPROP KVLIST a row of the type arrays, kinds of both arrays
+  record ORDINAL NAME NCOLS               a record type in slot order, with its column count
+
+usage: expect.py SCHEMA_DIR OUT_FILE
+"""
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "gen"))
+import catalogue  # noqa: E402
+
+
+def columns(cat, record, prefix="", depth=1):
+    out = []
+    for f in cat.records[record].fields:
+        if f.kind == "nested":
+            out += columns(cat, f.type, prefix + f.name + ("" if f.glued else "."), depth + 1)
+        else:
+            out.append((cat.leaves[f.word], depth, record, prefix + f.name))
+    return out
+
+
+def kinds(cat, slot):
+    if slot.name is None:
+        return 1, 1
+    if slot.category == "record":
+        return (2 if cat.records[slot.name].base else 1), 1
+    if slot.category == "library":
+        return cat.libraries[slot.name].kind, 1
+    return {"enum": (3, 3), "flags": (4, 4)}[slot.category]
+
+
+def main(schema, out):
+    cat = catalogue.load(schema)
+    lines = []
+    frame = ["zan_config_db_data_model_fe_init", "fe_zan_config_db_zan_config_db_context_path_query_dispatch",
+             "zan_config_db_table_lookup", "zan_config_db_type_lookup",
+             "zan_config_db_table_dispatch_fe_table_vft", "zan_config_db_fe_gx_dispatch_vft",
+             "zan_config_db_field_dispatch_type_field_lut", "zan_config_db_fe_gx_type_dispatch_vft",
+             "zan_config_db_type_gx_lut"]
+    lines += [f"export {n}" for n in frame]
+    lines += [f"export {r}_to_ntlist" for r in sorted(cat.records)]
+    lines += [f"export {p.name}_table_columns_to_ntlist" for p in cat.positions.values() if not p.entrance_of]
+    for row, name in enumerate(cat.table_rows):
+        if name is None:
+            lines.append(f"table {row} - 0")
+            continue
+        cols = [c for r in cat.positions[name].rows for c in columns(cat, r)]
+        lines.append(f"table {row} {name} {len(cols)}")
+        lines += [f"column {code} {depth} {owner} {n}" for code, depth, owner, n in cols]
+    for s in cat.slots:
+        kp, kv = kinds(cat, s)
+        lines.append(f"type {s.index} {s.name or '-'} {s.category or '-'} {kp} {kv}")
+    for i, r in enumerate(cat.record_order()):
+        lines.append(f"record {i} {r.name} {len(columns(cat, r.name))}")
+    text = "\n".join(lines) + "\n"
+    if os.path.exists(out) and open(out).read() == text:
+        return
+    with open(out + ".tmp", "w") as fh:
+        fh.write(text)
+    os.replace(out + ".tmp", out)
+
+
+if __name__ == "__main__":
+    main(sys.argv[1], sys.argv[2])

@@ -1,0 +1,152 @@
+#include "harness.hpp"
+
+#include <dlfcn.h>
+#include <elf.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+namespace fe_test {
+
+void* library() {
+    static void* handle = [] {
+        void* h = dlopen(ZAN_FE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        if (h == nullptr) throw std::runtime_error(std::string("dlopen: ") + dlerror());
+        return h;
+    }();
+    return handle;
+}
+
+void* symbol(const char* name) {
+    void* p = dlsym(library(), name);
+    if (p == nullptr) ADD_FAILURE() << "libzanfe.so has no " << name;
+    return p;
+}
+
+int32_t init() {
+    zan::plat::registration_reset();
+    return fn<zan_fe_init_fn>(ZAN_FE_INIT_SYMBOL)();
+}
+
+const zan::plat::Registration& registered() {
+    const zan::plat::Registration* r = zan::plat::registration(ZAN_CONTEXT_NAME);
+    if (r == nullptr) throw std::runtime_error("the front end registered nothing");
+    return *r;
+}
+
+namespace {
+Expect load_expect() {
+    Expect e;
+    std::ifstream in(ZAN_FE_EXPECT);
+    if (!in) throw std::runtime_error("cannot read " ZAN_FE_EXPECT);
+    std::string line;
+    auto opt = [](const std::string& s) { return s == "-" ? std::string() : s; };
+    while (std::getline(in, line)) {
+        std::istringstream ls(line);
+        std::string what;
+        ls >> what;
+        if (what == "export") {
+            std::string n;
+            ls >> n;
+            e.exports.push_back(n);
+        } else if (what == "table") {
+            TableRow t;
+            size_t n;
+            ls >> t.row >> t.name >> n;
+            t.name = opt(t.name);
+            e.tables.push_back(t);
+        } else if (what == "column") {
+            Column c;
+            ls >> c.code >> c.depth >> c.owner >> c.name;
+            e.tables.back().columns.push_back(c);
+        } else if (what == "type") {
+            TypeRow t;
+            ls >> t.row >> t.name >> t.category >> t.kind_props >> t.kind_vlist;
+            t.name = opt(t.name);
+            t.category = opt(t.category);
+            e.types.push_back(t);
+        } else if (what == "record") {
+            RecordRow r;
+            ls >> r.ordinal >> r.name >> r.columns;
+            e.records.push_back(r);
+        }
+    }
+    return e;
+}
+}  // namespace
+
+const Expect& expect() {
+    static const Expect e = load_expect();
+    return e;
+}
+
+const TableRow& Expect::table(const std::string& name) const {
+    for (const TableRow& t : tables)
+        if (t.name == name) return t;
+    throw std::runtime_error("no table " + name);
+}
+
+const RecordRow& Expect::record(const std::string& name) const {
+    for (const RecordRow& r : records)
+        if (r.name == name) return r;
+    throw std::runtime_error("no record " + name);
+}
+
+std::string Elf::bytes_at(uint64_t vaddr, uint64_t size) const {
+    for (const Section& s : sections)
+        if (s.type != SHT_NOBITS && s.addr != 0 && vaddr >= s.addr && vaddr + size <= s.addr + s.size)
+            return std::string(reinterpret_cast<const char*>(file.data()) + s.offset + (vaddr - s.addr), size);
+    throw std::runtime_error("address outside the file's sections");
+}
+
+Elf read_elf(const std::string& path) {
+    Elf elf;
+    std::ifstream in(path, std::ios::binary);
+    elf.file.assign(std::istreambuf_iterator<char>(in), {});
+    const auto& f = elf.file;
+    if (f.size() < sizeof(Elf64_Ehdr) || std::memcmp(f.data(), ELFMAG, SELFMAG) != 0 || f[EI_CLASS] != ELFCLASS64)
+        throw std::runtime_error(path + " is no ELF64 file");
+    auto at = [&](uint64_t off, uint64_t size) {
+        if (off + size > f.size()) throw std::runtime_error("ELF table beyond the end of " + path);
+        return f.data() + off;
+    };
+    Elf64_Ehdr eh;
+    std::memcpy(&eh, f.data(), sizeof eh);
+    std::vector<Elf64_Shdr> sh(eh.e_shnum);
+    std::memcpy(sh.data(), at(eh.e_shoff, sizeof(Elf64_Shdr) * eh.e_shnum), sizeof(Elf64_Shdr) * eh.e_shnum);
+    auto str = [&](const Elf64_Shdr& strtab, uint32_t off) {
+        return std::string(reinterpret_cast<const char*>(at(strtab.sh_offset + off, 1)));
+    };
+    for (const Elf64_Shdr& s : sh)
+        elf.sections.push_back({str(sh[eh.e_shstrndx], s.sh_name), s.sh_type, s.sh_addr, s.sh_offset, s.sh_size});
+    for (const Elf64_Shdr& s : sh) {
+        if (s.sh_type == SHT_DYNSYM || s.sh_type == SHT_SYMTAB) {
+            auto& out = s.sh_type == SHT_DYNSYM ? elf.dynsym : elf.symtab;
+            const size_t n = s.sh_size / sizeof(Elf64_Sym);
+            for (size_t i = 1; i < n; ++i) {
+                Elf64_Sym sym;
+                std::memcpy(&sym, at(s.sh_offset + i * sizeof sym, sizeof sym), sizeof sym);
+                std::string section = sym.st_shndx == SHN_UNDEF              ? ""
+                                      : sym.st_shndx < elf.sections.size() ? elf.sections[sym.st_shndx].name
+                                                                           : "?";
+                out.push_back({str(sh[s.sh_link], sym.st_name), ELF64_ST_BIND(sym.st_info), ELF64_ST_TYPE(sym.st_info),
+                               ELF64_ST_VISIBILITY(sym.st_other), section, sym.st_value, sym.st_size});
+            }
+        } else if (s.sh_type == SHT_DYNAMIC) {
+            const size_t n = s.sh_size / sizeof(Elf64_Dyn);
+            for (size_t i = 0; i < n; ++i) {
+                Elf64_Dyn d;
+                std::memcpy(&d, at(s.sh_offset + i * sizeof d, sizeof d), sizeof d);
+                if (d.d_tag == DT_NEEDED) elf.needed.push_back(str(sh[s.sh_link], static_cast<uint32_t>(d.d_un.d_val)));
+            }
+        }
+    }
+    return elf;
+}
+
+}  // namespace fe_test

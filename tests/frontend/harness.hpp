@@ -1,0 +1,90 @@
+// What the front-end tests share: the library loaded the way an engine loads it, the
+// expectations written from the catalogue, and a reader for the library's ELF tables.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "zan/platform.hpp"
+#include "zan_fe.h"
+
+namespace fe_test {
+
+// libzanfe.so, opened once with RTLD_NOW; its undefined names resolve against the
+// platform linked into this program.
+void* library();
+void* symbol(const char* name);   // from the library; fails the test when missing
+template <class T>
+T fn(const char* name) {
+    return reinterpret_cast<T>(symbol(name));
+}
+
+// Resets the platform's registrations and calls the initialiser by name; answers its result.
+int32_t init();
+const zan::plat::Registration& registered();   // after init()
+
+struct Column {
+    uint32_t code;
+    int depth;          // nesting level of the record that holds the leaf (1: row type)
+    std::string owner;  // that record
+    std::string name;
+};
+struct TableRow {
+    int row;
+    std::string name;   // empty for an empty row
+    std::vector<Column> columns;
+};
+struct TypeRow {
+    int row;
+    std::string name;      // empty for an empty row
+    std::string category;  // record, library, enum, flags; empty for an empty row
+    uint32_t kind_props, kind_vlist;
+};
+struct RecordRow {
+    int ordinal;
+    std::string name;
+    size_t columns;
+};
+struct Expect {
+    std::vector<std::string> exports;
+    std::vector<TableRow> tables;
+    std::vector<TypeRow> types;
+    std::vector<RecordRow> records;
+    const TableRow& table(const std::string& name) const;
+    const RecordRow& record(const std::string& name) const;
+};
+const Expect& expect();
+
+// A column list filled by one call, freed with the object.
+struct Ntlist {
+    arbor_ntlist* list = zan::plat::ntlist_new();
+    Ntlist() = default;
+    Ntlist(const Ntlist&) = delete;
+    Ntlist& operator=(const Ntlist&) = delete;
+    ~Ntlist() { zan::plat::ntlist_free(list); }
+    const std::vector<zan::plat::NtEntry>& entries() const { return zan::plat::ntlist_entries(list); }
+};
+
+// Symbols, dynamic entries and section contents of an ELF64 file.
+struct ElfSymbol {
+    std::string name;
+    unsigned bind, type, visibility;
+    std::string section;
+    uint64_t value, size;
+};
+struct Elf {
+    std::vector<ElfSymbol> dynsym, symtab;
+    std::vector<std::string> needed;
+    std::string bytes_at(uint64_t vaddr, uint64_t size) const;   // contents of an allocated section
+    std::vector<uint8_t> file;
+    struct Section {
+        std::string name;
+        uint32_t type;
+        uint64_t addr, offset, size;
+    };
+    std::vector<Section> sections;
+};
+Elf read_elf(const std::string& path);
+
+}  // namespace fe_test

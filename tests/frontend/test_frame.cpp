@@ -1,0 +1,355 @@
+// The frame as an engine meets it: registration, the five arrays, the two lookups, the
+// top dispatcher with its chain still empty, and what the library file exports.
+#include <dlfcn.h>
+#include <elf.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "harness.hpp"
+#include "zan/database.hpp"
+
+using namespace fe_test;
+
+namespace {
+
+// A name of the process (the platform's database), not of the front end.
+const void* process_symbol(const std::string& name) {
+    const void* p = dlsym(RTLD_DEFAULT, name.c_str());
+    EXPECT_NE(p, nullptr) << "the platform has no " << name;
+    return p;
+}
+
+std::string type_symbol(const TypeRow& t) {
+    const char* prefix = t.category == "enum" ? "enum_" : t.category == "flags" ? "flag_" : "type_";
+    return prefix + t.name + "_name";
+}
+
+}  // namespace
+
+TEST(Registration, HandsOverTheFrameInTwoCallsUnderOneContextName) {
+    ASSERT_EQ(init(), 0);   // the second call's answer (the platform's 0)
+    const auto& r = registered();
+    EXPECT_EQ(r.fe_vector_calls, 1);
+    EXPECT_EQ(r.gx_vector_calls, 1);
+    EXPECT_EQ(r.context, ZAN_CONTEXT_NAME);
+    ASSERT_NE(r.context_ptr, nullptr);
+    EXPECT_EQ(r.context_ptr, r.gx_context_ptr) << "both calls must pass the same string";
+    // The context string is the library's own constant.
+    Dl_info name_in{}, init_in{};
+    ASSERT_NE(dladdr(r.context_ptr, &name_in), 0);
+    ASSERT_NE(dladdr(symbol(ZAN_FE_INIT_SYMBOL), &init_in), 0);
+    EXPECT_EQ(name_in.dli_fbase, init_in.dli_fbase);
+
+    EXPECT_EQ(reinterpret_cast<void*>(r.dispatch),
+              symbol("fe_zan_config_db_zan_config_db_context_path_query_dispatch"));
+    EXPECT_EQ(reinterpret_cast<void*>(r.table_lookup), symbol("zan_config_db_table_lookup"));
+    EXPECT_EQ(reinterpret_cast<void*>(r.type_lookup), symbol("zan_config_db_type_lookup"));
+    EXPECT_EQ(reinterpret_cast<void*>(r.type_mrst_lookup), reinterpret_cast<void*>(&zan_config_db_type_dispatch_type_mrst_lookup));
+    EXPECT_EQ(reinterpret_cast<void*>(r.table_mrst_lookup), reinterpret_cast<void*>(&zan_config_db_table_mrst_lookup));
+    EXPECT_EQ(r.type_dispatch_type_lut, process_symbol("zan_config_db_type_dispatch_type_lut"));
+    EXPECT_EQ(r.type_field_lut, symbol("zan_config_db_field_dispatch_type_field_lut"));
+
+    EXPECT_EQ(r.gx_dispatch, symbol("zan_config_db_fe_gx_dispatch_vft"));
+    EXPECT_EQ(r.gx_type_dispatch, symbol("zan_config_db_fe_gx_type_dispatch_vft"));
+    EXPECT_EQ(r.gx_reserved, nullptr);
+    EXPECT_EQ(r.type_gx_lut, symbol("zan_config_db_type_gx_lut"));
+}
+
+TEST(Registration, ASecondInitRegistersAgainAndAnswersTheSecondCall) {
+    ASSERT_EQ(init(), 0);
+    auto fe_init = fn<zan_fe_init_fn>(ZAN_FE_INIT_SYMBOL);
+    EXPECT_EQ(fe_init(), 0);
+    EXPECT_EQ(registered().fe_vector_calls, 2);
+    EXPECT_EQ(registered().gx_vector_calls, 2);
+
+    // A failing second registration is the initialiser's answer; the first's is not looked at.
+    zan::plat::fault_fail_nth("arbor_register_fe_gx_vectors", 1);
+    EXPECT_EQ(fe_init(), -1);
+    zan::plat::fault_clear_all();
+    EXPECT_EQ(registered().fe_vector_calls, 3);
+}
+
+class Arrays : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(init(), 0);
+        tables = static_cast<const zan_gx_table_row*>(registered().gx_dispatch);
+        table_vfts = static_cast<const zan_table_vft_row*>(symbol("zan_config_db_table_dispatch_fe_table_vft"));
+        type_fields = static_cast<const zan_type_field_row*>(registered().type_field_lut);
+        type_vlist = static_cast<const zan_gx_type_vlist_row*>(registered().gx_type_dispatch);
+        type_props = static_cast<const zan_gx_type_props_row*>(registered().type_gx_lut);
+    }
+    const zan_gx_table_row* tables = nullptr;
+    const zan_table_vft_row* table_vfts = nullptr;
+    const zan_type_field_row* type_fields = nullptr;
+    const zan_gx_type_vlist_row* type_vlist = nullptr;
+    const zan_gx_type_props_row* type_props = nullptr;
+};
+
+TEST_F(Arrays, HaveTheRowCountsOfTheCatalogueAndTheExportedSizes) {
+    ASSERT_EQ(expect().tables.size(), size_t(ZAN_TABLE_ROWS));
+    ASSERT_EQ(expect().types.size(), size_t(ZAN_TYPE_ROWS));
+    Elf elf = read_elf(ZAN_FE_LIBRARY);
+    std::map<std::string, uint64_t> sizes;
+    for (const ElfSymbol& s : elf.dynsym) sizes[s.name] = s.size;
+    EXPECT_EQ(sizes["zan_config_db_table_dispatch_fe_table_vft"], ZAN_TABLE_ROWS * sizeof(zan_table_vft_row));
+    EXPECT_EQ(sizes["zan_config_db_fe_gx_dispatch_vft"], ZAN_TABLE_ROWS * sizeof(zan_gx_table_row));
+    EXPECT_EQ(sizes["zan_config_db_field_dispatch_type_field_lut"], ZAN_TYPE_ROWS * sizeof(zan_type_field_row));
+    EXPECT_EQ(sizes["zan_config_db_fe_gx_type_dispatch_vft"], ZAN_TYPE_ROWS * sizeof(zan_gx_type_vlist_row));
+    EXPECT_EQ(sizes["zan_config_db_type_gx_lut"], ZAN_TYPE_ROWS * sizeof(zan_gx_type_props_row));
+}
+
+TEST_F(Arrays, TableRowsHoldTheDatabaseNamesInItsNumbering) {
+    int named = 0;
+    for (const TableRow& t : expect().tables) {
+        SCOPED_TRACE(t.row);
+        const zan_gx_table_row& g = tables[t.row];
+        EXPECT_EQ(g.kind, uint32_t(ZAN_KIND_TABLE));
+        // Operations of the row families that are not there yet.
+        EXPECT_EQ(g.to_properties, nullptr);
+        EXPECT_EQ(g.to_vlist, nullptr);
+        EXPECT_EQ(g.to_nvlist, nullptr);
+        if (t.name.empty()) {
+            EXPECT_EQ(g.table_name, nullptr);
+            EXPECT_EQ(g.columns_to_ntlist, nullptr);
+            EXPECT_EQ(table_vfts[t.row].vft, nullptr);
+            continue;
+        }
+        ++named;
+        EXPECT_EQ(static_cast<const void*>(g.table_name), process_symbol("table_" + t.name + "_name"));
+        EXPECT_STREQ(g.table_name, t.name.c_str());
+        EXPECT_EQ(table_vfts[t.row].vft, process_symbol(t.name + "_table_field_vft"));
+        EXPECT_EQ(reinterpret_cast<void*>(g.columns_to_ntlist), symbol((t.name + "_table_columns_to_ntlist").c_str()));
+        EXPECT_EQ(zan_config_db_table_mrst_lookup(t.name.c_str()), t.row) << t.name;
+    }
+    EXPECT_EQ(named, 329);
+    EXPECT_TRUE(expect().tables[15].name.empty());
+    EXPECT_TRUE(expect().tables[269].name.empty());
+    EXPECT_STREQ(tables[0].table_name, "tbl_cfg_crypto_ca_trust_point_primary_eol");
+    EXPECT_STREQ(tables[1].table_name, "tbl_ci_ipv6_enable_eol");
+    EXPECT_STREQ(tables[2].table_name, "tbl_cfg_ip_dhcp_snooping_eol");
+}
+
+TEST_F(Arrays, TypeRowsHoldNamesAndKindsByCategoryInSlotOrder) {
+    std::map<std::pair<uint32_t, uint32_t>, int> census;   // (property kind, value-list kind) -> rows
+    for (const TypeRow& t : expect().types) {
+        SCOPED_TRACE(t.row);
+        const auto& p = type_props[t.row];
+        const auto& v = type_vlist[t.row];
+        EXPECT_EQ(p.kind, t.kind_props) << t.name;
+        EXPECT_EQ(v.kind, t.kind_vlist) << t.name;
+        EXPECT_EQ(p.to_properties, nullptr);   // the rendering families are not there yet
+        EXPECT_EQ(v.to_vlist_all, nullptr);
+        ++census[{p.kind, v.kind}];
+        if (t.name.empty()) {
+            EXPECT_EQ(p.name, nullptr);
+            EXPECT_EQ(v.name, nullptr);
+            EXPECT_EQ(type_fields[t.row].vft, nullptr);
+            continue;
+        }
+        const void* name = process_symbol(type_symbol(t));
+        EXPECT_EQ(static_cast<const void*>(p.name), name);
+        EXPECT_EQ(static_cast<const void*>(v.name), name);
+        EXPECT_STREQ(p.name, t.name.c_str());
+        EXPECT_EQ(type_fields[t.row].vft, process_symbol("zan_" + t.name + "_field_vft"));
+        EXPECT_EQ(zan_config_db_type_dispatch_type_mrst_lookup(t.name.c_str()), t.row) << t.name;
+    }
+    // The classes of the type rows: records 985, wide base types 43, scalars 12, enums 14,
+    // flag sets 4, and 71 empty rows, which count as class 1.
+    using Census = std::map<std::pair<uint32_t, uint32_t>, int>;
+    EXPECT_EQ(census, (Census{{{1, 1}, 985 + 71}, {{2, 1}, 43}, {{4, 1}, 12}, {{3, 3}, 14}, {{4, 4}, 4}}));
+    EXPECT_STREQ(type_props[0].name, "T_ci_ipv6_address_prefix_cp");
+    EXPECT_STREQ(type_props[ZAN_TYPE_ROWS - 1].name, "vrf_name");
+    // Empty rows lie where the database's type namespace has them.
+    for (int row : {26, 411, 428, 576, 675, 685, 687, 689, 716, 794, 806, 809, 817, 863, 865, 902, 987, 989, 995, 998,
+                    1003, 1006, 1009})
+        EXPECT_EQ(type_props[row].name, nullptr) << row;
+    EXPECT_NE(type_props[410].name, nullptr);
+    EXPECT_NE(type_props[429].name, nullptr);
+}
+
+TEST_F(Arrays, AreReadOnlyData) {
+    Elf elf = read_elf(ZAN_FE_LIBRARY);
+    for (const char* name : {"zan_config_db_table_dispatch_fe_table_vft", "zan_config_db_fe_gx_dispatch_vft",
+                             "zan_config_db_field_dispatch_type_field_lut", "zan_config_db_fe_gx_type_dispatch_vft",
+                             "zan_config_db_type_gx_lut"}) {
+        auto it = std::find_if(elf.dynsym.begin(), elf.dynsym.end(), [&](const ElfSymbol& s) { return s.name == name; });
+        ASSERT_NE(it, elf.dynsym.end()) << name;
+        EXPECT_EQ(it->section, ".data.rel.ro") << name;
+        EXPECT_EQ(it->type, unsigned(STT_OBJECT)) << name;
+    }
+}
+
+TEST(Lookups, ForwardToTheDatabaseNumbering) {
+    ASSERT_EQ(init(), 0);
+    const auto& r = registered();
+    auto table_vfts = static_cast<const zan_table_vft_row*>(symbol("zan_config_db_table_dispatch_fe_table_vft"));
+    auto type_fields = static_cast<const zan_type_field_row*>(r.type_field_lut);
+
+    // Row 0 is a row like any other: only a negative number means not found.
+    ASSERT_EQ(zan_config_db_table_mrst_lookup("tbl_cfg_crypto_ca_trust_point_primary_eol"), 0);
+    EXPECT_EQ(r.table_lookup("tbl_cfg_crypto_ca_trust_point_primary_eol"), table_vfts[0].vft);
+    EXPECT_NE(table_vfts[0].vft, nullptr);
+    ASSERT_EQ(zan_config_db_type_dispatch_type_mrst_lookup("T_ci_ipv6_address_prefix_cp"), 0);
+    EXPECT_EQ(r.type_lookup("T_ci_ipv6_address_prefix_cp"), type_fields[0].vft);
+    EXPECT_NE(type_fields[0].vft, nullptr);
+
+    EXPECT_EQ(r.table_lookup("tbl_ntp_peer_eol"), process_symbol("tbl_ntp_peer_eol_table_field_vft"));
+    EXPECT_EQ(r.type_lookup("vrf_info"), process_symbol("zan_vrf_info_field_vft"));
+    EXPECT_EQ(r.type_lookup("zan_cfg_union"), process_symbol("zan_zan_cfg_union_field_vft"));
+
+    for (const char* unknown : {"", "tbl_no_such_table", "tbl_ntp_peer", "ntp_peer_eol"})
+        EXPECT_EQ(r.table_lookup(unknown), nullptr) << unknown;
+    for (const char* unknown : {"", "no_such_type", "tbl_ntp_peer_eol", "type_vrf_info_name"})
+        EXPECT_EQ(r.type_lookup(unknown), nullptr) << unknown;
+    // Second entrances have no row of their own.
+    EXPECT_EQ(r.table_lookup("tbl_conf_ip_nacl_ext_eol_final_b"), nullptr);
+    EXPECT_EQ(r.table_lookup("tbl_ci_vrf_mode_rt_eol_b"), nullptr);
+}
+
+TEST(Lookups, ANameOfAnEmptyRowGivesNull) {
+    ASSERT_EQ(init(), 0);
+    const auto& r = registered();
+    // The database keeps names for the rows this context does not use.
+    for (int row : {15, 269}) {
+        const std::string name = zan::db::unused_table_name(row);
+        ASSERT_EQ(zan_config_db_table_mrst_lookup(name.c_str()), row) << name;
+        EXPECT_EQ(r.table_lookup(name.c_str()), nullptr) << name;
+    }
+    for (int slot : {26, 411, 1009}) {
+        const std::string name = zan::db::unused_type_name(slot);
+        ASSERT_EQ(zan_config_db_type_dispatch_type_mrst_lookup(name.c_str()), slot) << name;
+        EXPECT_EQ(r.type_lookup(name.c_str()), nullptr) << name;
+    }
+}
+
+// The chain of dispatchers is still empty: every path ends in "not found" at segment 1.
+class TopDispatcher : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(init(), 0);
+        dispatch = registered().dispatch;
+        pd = gx_do_nlist_new();
+        pdc = gx_do_nlist_new();
+        params = zan::plat::params_new();
+    }
+    void TearDown() override {
+        gx_do_nlist_deref(pd);
+        gx_do_nlist_deref(pdc);
+        zan::plat::params_free(params);
+    }
+    int32_t run(const std::vector<zan::plat::SegmentSpec>& segs, gx_do_nlist* pd_list, gx_do_nlist* pdc_list) {
+        gx_do_uri* uri = zan::plat::uri_new(segs);
+        const int32_t rc = dispatch(nullptr, 7, 0, uri, pd_list, pdc_list, params, 0, 0, &slot);
+        zan::plat::uri_deref(uri);
+        return rc;
+    }
+    zan_path_query_dispatch_fn dispatch = nullptr;
+    gx_do_nlist* pd = nullptr;
+    gx_do_nlist* pdc = nullptr;
+    arbor_params_t* params = nullptr;
+    const void* slot = nullptr;
+};
+
+TEST_F(TopDispatcher, OffersSegmentOneAndReportsNoValidPath) {
+    zan::plat::TraceCapture cap;
+    EXPECT_EQ(run({{"ntp_peer_server", std::nullopt}}, pd, pdc), 3);
+    const auto recs = cap.records();
+    ASSERT_EQ(recs.size(), 2u);
+    EXPECT_EQ(recs[0].unit, "path_query");
+    EXPECT_EQ(recs[0].level, 0x7000000u);
+    EXPECT_EQ(recs[0].text, " Processing seg 1\\n");
+    EXPECT_EQ(recs[1].unit, "path_query");
+    EXPECT_EQ(recs[1].level, 0x6000000u);
+    EXPECT_EQ(recs[1].text, " zan_config_db zan_config_db_context path_query_dispatch : No valid path found\\n");
+    // A one-segment path with both lists entitles the root tables to list candidates.
+    EXPECT_EQ(zan::plat::nlist_names(pdc), std::vector<std::string>{"ROOT"});
+    EXPECT_TRUE(zan::plat::nlist_names(pd).empty());
+    EXPECT_TRUE(zan::plat::params_traversals(params).empty());
+    EXPECT_EQ(slot, nullptr);
+}
+
+TEST_F(TopDispatcher, LeavesNoRootMarkerWithoutBothListsOrWithMoreSegments) {
+    EXPECT_EQ(run({{"*", std::nullopt}}, nullptr, pdc), 3);
+    EXPECT_EQ(run({{"*", std::nullopt}}, pd, nullptr), 3);
+    EXPECT_TRUE(zan::plat::nlist_names(pdc).empty());
+
+    zan::plat::TraceCapture cap;
+    EXPECT_EQ(run({{"vrf", std::nullopt}, {"vrf_afi", std::nullopt}}, pd, pdc), 3);
+    EXPECT_TRUE(zan::plat::nlist_names(pdc).empty());
+    // The walk ends at the first segment nobody takes.
+    ASSERT_EQ(cap.records().size(), 2u);
+    EXPECT_EQ(cap.records()[0].text, " Processing seg 1\\n");
+}
+
+TEST_F(TopDispatcher, OffersSegmentOneWhateverTheCountSays) {
+    zan::plat::TraceCapture cap;
+    EXPECT_EQ(run({}, pd, pdc), 3);   // only segment 0
+    ASSERT_FALSE(cap.records().empty());
+    EXPECT_EQ(cap.records()[0].text, " Processing seg 1\\n");
+    EXPECT_EQ(zan::plat::nlist_names(pdc), std::vector<std::string>{"ROOT"});
+}
+
+TEST(LibraryFile, ExportsExactlyTheInterface) {
+    Elf elf = read_elf(ZAN_FE_LIBRARY);
+    std::set<std::string> exported;
+    for (const ElfSymbol& s : elf.dynsym)
+        if (!s.section.empty()) exported.insert(s.name);
+    const std::set<std::string> wanted(expect().exports.begin(), expect().exports.end());
+    ASSERT_EQ(wanted.size(), 9u + 1012u + 329u);
+    std::vector<std::string> extra, missing;
+    std::set_difference(exported.begin(), exported.end(), wanted.begin(), wanted.end(), std::back_inserter(extra));
+    std::set_difference(wanted.begin(), wanted.end(), exported.begin(), exported.end(), std::back_inserter(missing));
+    EXPECT_EQ(extra, std::vector<std::string>{}) << "exported beyond the interface";
+    EXPECT_EQ(missing, std::vector<std::string>{}) << "not exported";
+    for (const ElfSymbol& s : elf.dynsym) {
+        if (!s.section.empty()) {
+            EXPECT_EQ(s.bind, unsigned(STB_GLOBAL)) << s.name;
+        }
+    }
+}
+
+TEST(LibraryFile, NeedsNoLibraryOfOurs) {
+    Elf elf = read_elf(ZAN_FE_LIBRARY);
+    for (const std::string& n : elf.needed) EXPECT_EQ(n.find("zan"), std::string::npos) << n;
+    // The platform's names stay undefined until load.
+    bool imports_registration = false;
+    for (const ElfSymbol& s : elf.dynsym)
+        if (s.name == "arbor_register_fe_vectors") imports_registration = s.section.empty();
+    EXPECT_TRUE(imports_registration);
+}
+
+TEST(LibraryFile, TakesNoMemoryBehindTheAllocatorsBack) {
+    Elf elf = read_elf(ZAN_FE_LIBRARY);
+    const std::set<std::string> heap = {"malloc", "calloc", "realloc", "free", "strdup", "_Znwm", "_Znam",
+                                        "_ZdlPv", "_ZdaPv", "_ZdlPvm"};
+    for (const ElfSymbol& s : elf.dynsym) EXPECT_EQ(heap.count(s.name), 0u) << s.name;
+}
+
+TEST(LibraryFile, HoldsTheAllocatorTypeNamesInside) {
+    Elf elf = read_elf(ZAN_FE_LIBRARY);
+    const std::map<std::string, std::string> names = {{"__TY_tinfon_BYTE", "BYTE"},
+                                                      {"__TY_tinfon_BYTE_PTR", "BYTE*"},
+                                                      {"__TY_tinfon_gx_do_value_PTR", "gx_do_value*"},
+                                                      {"__TY_tinfon_int32", "int32"},
+                                                      {"__TY_tinfon_default", "default"}};
+    std::set<std::string> seen;
+    for (const ElfSymbol& s : elf.symtab) {
+        if (names.count(s.name)) {
+            seen.insert(s.name);
+            EXPECT_EQ(s.type, unsigned(STT_OBJECT)) << s.name;
+            EXPECT_EQ(elf.bytes_at(s.value, s.size), names.at(s.name) + '\0') << s.name;
+        }
+        if (s.name.rfind("__TY_tinfot_ptr_", 0) == 0) {
+            seen.insert(s.name);
+            EXPECT_EQ(s.type, unsigned(STT_TLS)) << s.name;      // one cell per thread
+            EXPECT_EQ(s.size, 8u) << s.name;
+            EXPECT_EQ(s.section, ".tbss") << s.name;             // starts at zero
+        }
+    }
+    EXPECT_EQ(seen.size(), 10u);
+    for (const ElfSymbol& s : elf.dynsym) EXPECT_NE(s.name.rfind("__TY_", 0), 0u) << s.name << " is exported";
+}
