@@ -116,6 +116,14 @@ class Record:
     def arms(self):
         return [f for f in self.fields if f.arm]
 
+    @property
+    def all_fields(self):
+        """Attributes in schema order: the base fields, then each extension's, level by level."""
+        out = list(self.fields)
+        for e in sorted(self.extensions, key=lambda e: e.level):
+            out += e.fields
+        return out
+
 
 @dataclass
 class Enum:
@@ -273,7 +281,7 @@ class Catalogue:
     def columns(self, record_name, prefix=""):
         """Static column list (name, code) of a record, as the column description yields it."""
         out = []
-        for f in self.records[record_name].fields:
+        for f in self.records[record_name].all_fields:
             if f.kind == "nested":
                 out += self.columns(f.type, prefix + f.col_text)
             else:
@@ -289,7 +297,7 @@ class Catalogue:
 
     def depth(self, record_name):
         r = self.records[record_name]
-        return 1 + max([self.depth(f.type) for f in r.fields if f.kind == "nested"], default=0)
+        return 1 + max([self.depth(f.type) for f in r.all_fields if f.kind == "nested"], default=0)
 
     # ------------------------------------------------------------------ reading
     @staticmethod
@@ -461,8 +469,13 @@ class Catalogue:
         ext = Extension(owner, level, name, loc=loc)
         if owner in self.records:
             ext.fields = self._fields(name, body) if body else []
+            rec = self.records[owner]
             for f in ext.fields:
-                f.record = self.records[owner]
+                if f.name in {g.name for g in rec.all_fields}:
+                    raise CatalogueError(f"extension {name}: field {f.name} is already a field of {owner}")
+                if f.kind == "nested" or f.arm:
+                    raise CatalogueError(f"extension {name}: field {f.name} must be a leaf")
+                f.record = rec
             self.records[owner].extensions.append(ext)
         elif owner in self.enums:
             ext.values = body.split()

@@ -95,7 +95,7 @@ record ci_ip_secur_ml_eol_1_cp: ci_ip_secur_auth_hidden_1 int32
 record ci_ip_unreach_eol: singleton_id u_int32; uidb_act_interface_key u_int32
 record ci_ip_secur_strip_eol: singleton_id u_int32; uidb_act_interface_key u_int32
 record ci_ip_redirects_eol: singleton_id u_int32; uidb_act_interface_key u_int32
-record ci_ip_helpaddr_eol: singleton_id u_int32; compound_0. -> ci_ip_helpaddr_nvgen_cp; uidb_act_interface_key u_int32; ci_ip_helpaddr_vrf_name rsl_vstring
+record ci_ip_helpaddr_eol: singleton_id u_int32; compound_0. -> ci_ip_helpaddr_nvgen_cp; uidb_act_interface_key u_int32
 extension ci_ip_helpaddr_eol 1 v166_ci_ip_helpaddr_eol_ext: ci_ip_helpaddr_vrf_name rsl_vstring
 record ci_ip_helpaddr_nvgen_cp: ci_ip_helpaddr_addr_1 ip_address
 record ci_ip_inforeply_eol: singleton_id u_int32; uidb_act_interface_key u_int32

@@ -67,6 +67,6 @@ record insl_ser_type: insl_ser_type_name rsl_vstring; msg_type int32; insl_name_
 record outsl_ser_type: outsl_ser_type_name rsl_vstring; outsl_vlan_range rsl_vstring; outsl_name_parent_table_key rsl_vstring
 record mdns_sp_sl_in: singleton_id u_int32; sp_sl_in_name rsl_vstring; sp_sl_in_parent_table_key rsl_vstring
 record mdns_sp_sl_out: singleton_id u_int32; sp_sl_out_name rsl_vstring; sp_sl_out_parent_table_key rsl_vstring
-record mdns_sp_location: singleton_id u_int32; location u_int32; sp_location_parent_table_key rsl_vstring; regex rsl_vstring
+record mdns_sp_location: singleton_id u_int32; location u_int32; sp_location_parent_table_key rsl_vstring
 extension mdns_sp_location 1 v1612_mdns_sp_location_ext: regex rsl_vstring
 record mdns_int_svc_policy: singleton_id u_int32; mdns_svc_policy rsl_vstring; uidb_act_interface_key u_int32

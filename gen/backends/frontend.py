@@ -118,9 +118,9 @@ class Pool:
 # ---------------------------------------------------------------------- checks
 def check(cat):
     for r in cat.records.values():
-        if not r.fields:
+        if not r.all_fields:
             raise CatalogueError(f"{r.loc}: record {r.name} has no attributes")
-        for f in r.fields:
+        for f in r.all_fields:
             if f.kind != "nested" and not 0 <= f.code <= 0xFFFF:
                 raise CatalogueError(f"{r.loc}: record {r.name}, field {f.name}: type code {f.code} too large")
     for p in cat.tables():
@@ -140,7 +140,7 @@ def ntlist_domain(cat, domain, records, tables, ordinal):
            '#include "to_ntlist.hpp"\n']
 
     # Entry points this file defines or calls, declared once with their visibility.
-    called = [r.name for r in records] + [f.type for r in records for f in r.fields if f.kind == "nested"]
+    called = [r.name for r in records] + [f.type for r in records for f in r.all_fields if f.kind == "nested"]
     decls = list(dict.fromkeys(called + [row for p in tables for row in p.rows]))
     out.append('extern "C" {')
     for n in decls:
@@ -152,7 +152,7 @@ def ntlist_domain(cat, domain, records, tables, ordinal):
     body = []
     for r in records:
         rows = []
-        for f in r.fields:
+        for f in r.all_fields:
             off = pool.add(f.col_text, f"{r.loc}: record {r.name}")
             if f.kind == "nested":
                 rows.append(f"    {{{off}, 0 /* nested */, &{ntlist_fn(f.type)}}},  // {f.col_text}")
@@ -160,7 +160,7 @@ def ntlist_domain(cat, domain, records, tables, ordinal):
                 rows.append(f"    {{{off}, {f.code} /* {f.word} */, nullptr}},  // {f.col_text}")
         msg = ordinal[r.name] * len(NTLIST_MESSAGES)
         body.append(f"// {r.name}\nconstexpr ntlist::Attr a_{r.name}[] = {{\n" + "\n".join(rows) + "\n};")
-        body.append(f"constexpr ntlist::Type r_{r.name}{{k_texts, a_{r.name}, {len(r.fields)} /* attributes */, "
+        body.append(f"constexpr ntlist::Type r_{r.name}{{k_texts, a_{r.name}, {len(r.all_fields)} /* attributes */, "
                     f"{msg} /* messages {msg}-{msg + 3} */}};\n")
     for p in tables:
         fns = ", ".join(f"&{ntlist_fn(row)}" for row in p.rows)

@@ -20,7 +20,7 @@ import catalogue  # noqa: E402
 
 def columns(cat, record, prefix="", depth=1):
     out = []
-    for f in cat.records[record].fields:
+    for f in cat.records[record].all_fields:
         if f.kind == "nested":
             out += columns(cat, f.type, prefix + f.name + ("" if f.glued else "."), depth + 1)
         else:

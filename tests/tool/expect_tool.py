@@ -16,7 +16,7 @@ import catalogue  # noqa: E402
 
 def columns(cat, record, prefix=""):
     out = []
-    for f in cat.records[record].fields:
+    for f in cat.records[record].all_fields:
         if f.kind == "nested":
             out += columns(cat, f.type, prefix + f.name + ("" if f.glued else "."))
         else:
