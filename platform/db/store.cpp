@@ -750,7 +750,16 @@ const Row* Store::find(const TableInfo& table, const Row* parent, std::span<cons
     return nullptr;
 }
 
+std::vector<const Row*> Store::rows_under(const TableInfo& table, const Row* parent) const {
+    std::vector<const Row*> out;
+    for (const Row* r : rows(table))
+        if (r->parent == parent) out.push_back(r);
+    return out;
+}
+
 size_t Store::size() const { return impl_->rows.size(); }
+
+void Store::swap(Store& other) noexcept { impl_.swap(other.impl_); }
 
 void Store::clear() {
     impl_->by_table.clear();

@@ -47,6 +47,15 @@
 //     little-endian.
 //   A compound key's form does not depend on the order in which its parts were set.
 //
+// Key value conversion (arbor_fe_gx_rsltype_get_data, arbor_fe_gx_rsltype_get_rsl_obj):
+// the key's value (a text, or a typed number or address) is read by the word of the field
+// or library type the identifier names; the value flag changes nothing. The stored form
+// comes in memory from the platform allocator (type "BYTE", under the pending call-site
+// tag), the typed object from make_typed. A value that does not convert, an identifier of
+// no value word, or a missing cell sets EINVAL (22) and yields nothing (data NULL, length
+// 0, or NULL); a failed allocation sets ENOMEM (12). An error word already set is kept,
+// and nothing is made.
+//
 // Accessor failures. An accessor given a handle that is not of its type, or an index out of
 // range, yields nothing and sets the error word to EINVAL (22) or ERANGE (34); the fault
 // point "accessor" makes it yield nothing with EIO (5). "get_field" fails a field lookup
@@ -300,8 +309,12 @@ public:
     std::span<Row* const> rows(const TableInfo& table) const;
     // The row of the table under the parent (nullptr: any parent) whose key has these bytes.
     const Row* find(const TableInfo& table, const Row* parent, std::span<const uint8_t> key) const;
+    // The rows of the table whose parent is `parent` (nullptr: the rows without a parent),
+    // in the order they were added.
+    std::vector<const Row*> rows_under(const TableInfo& table, const Row* parent) const;
     size_t size() const;
     void clear();
+    void swap(Store& other) noexcept;   // exchanges all rows; rows keep their addresses
 
 private:
     struct Impl;

@@ -1,0 +1,474 @@
+// The configuration loader: JSON text to rows of a fresh store. Every fault ends the load
+// with one line naming the place as a path into the document.
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <map>
+#include <set>
+#include <sstream>
+#include <variant>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "zan/config.hpp"
+
+namespace zan::config {
+namespace {
+
+using json = nlohmann::ordered_json;
+using db::FieldInfo;
+using db::FieldKind;
+using db::FieldRole;
+using db::TableInfo;
+using db::TypeInfo;
+using db::Word;
+
+// A place in the document: member names and array indexes from the top.
+using Step = std::variant<std::string, size_t>;
+using Place = std::vector<Step>;
+
+// Table names and "children" stand bare, every other member name quoted:
+//   tbl_ci_vrf_eol[1].children.tbl_ci_vrf_afi_mode_eol[0]."vrf_af_afi"
+std::string place_text(const Place& place) {
+    std::string out;
+    for (const Step& s : place) {
+        if (const size_t* i = std::get_if<size_t>(&s)) {
+            out += '[' + std::to_string(*i) + ']';
+            continue;
+        }
+        const std::string& name = std::get<std::string>(s);
+        if (!out.empty()) out += '.';
+        if (name == "children" || name.starts_with("tbl_"))
+            out += name;
+        else
+            out += '"' + name + '"';
+    }
+    return out.empty() ? "top level" : out;
+}
+
+// One line: control characters of quoted input become blanks.
+std::string one_line(std::string s) {
+    for (char& c : s)
+        if (static_cast<unsigned char>(c) < 0x20) c = ' ';
+    return s;
+}
+
+struct Fault {
+    Place place;
+    std::string what;
+};
+
+[[noreturn]] void fault(const Place& place, std::string what) { throw Fault{place, std::move(what)}; }
+
+Place operator+(Place p, Step s) {
+    p.push_back(std::move(s));
+    return p;
+}
+
+std::string got(const json& v) {
+    if (v.is_string()) return "string \"" + one_line(v.get<std::string>()) + "\"";
+    if (v.is_number_float()) return "number " + v.dump();
+    if (v.is_number()) return "integer " + v.dump();
+    if (v.is_boolean()) return v.get<bool>() ? "true" : "false";
+    return std::string(v.type_name());
+}
+
+// Range of the integer words (and of a count) as signed 64-bit bounds; u_int64 above
+// INT64_MAX is handled by its caller.
+struct Range {
+    int64_t lo, hi;
+};
+Range range_of(Word w) {
+    switch (w) {
+        case Word::u_int8: return {0, 0xff};
+        case Word::u_int16: return {0, 0xffff};
+        case Word::int16: return {INT16_MIN, INT16_MAX};
+        case Word::u_int32: return {0, 0xffffffffll};
+        case Word::int32: return {INT32_MIN, INT32_MAX};
+        default: return {0, std::numeric_limits<int64_t>::max()};
+    }
+}
+
+std::string names_of(const TypeInfo& t) {
+    std::string out;
+    for (size_t i = 0; i < t.values.size() && i < 12; ++i) out += (i ? ", " : "") + std::string(t.values[i]);
+    if (t.values.size() > 12) out += ", ...";
+    return out;
+}
+
+class Loader {
+public:
+    explicit Loader(db::Store& store) : store_(store) {}
+
+    void document(const json& doc) {
+        if (!doc.is_object()) fault({}, "expected an object of tables, got " + got(doc));
+        for (const auto& [name, rows] : doc.items()) {
+            Place at{name};
+            const TableInfo* pos = db::table_info(name);
+            if (!pos || !name.starts_with("tbl_")) fault(at, "unknown table");
+            const TableInfo* top = nullptr;
+            for (const TableInfo* p : db::positions())
+                if (p->table == pos->table && (!p->parent || p->parent->table == p->table)) top = p;
+            if (!top) fault(at, std::string(pos->table->name) + " is no top-level table; its rows go under \"children\" of a " +
+                                    parents_of(*pos->table) + " row");
+            table_rows(*top, rows, nullptr, at);
+        }
+    }
+
+private:
+    db::Store& store_;
+    // Keys of the rows added so far, by table and parent.
+    std::map<std::pair<const TableInfo*, const db::Row*>, std::set<std::vector<uint8_t>>> keys_;
+
+    static std::string parents_of(const TableInfo& table) {
+        std::string out;
+        for (const TableInfo* p : db::positions())
+            if (p->table == &table && p->parent) out += (out.empty() ? "" : " or ") + std::string(p->parent->table->name);
+        return out;
+    }
+
+    void table_rows(const TableInfo& pos, const json& rows, const db::Row* parent, const Place& at) {
+        if (!rows.is_array()) fault(at, "expected an array of rows, got " + got(rows));
+        for (size_t i = 0; i < rows.size(); ++i) row(pos, rows[i], parent, at + i);
+    }
+
+    void row(const TableInfo& pos, const json& obj, const db::Row* parent, const Place& at) {
+        if (!obj.is_object()) fault(at, "expected a row object, got " + got(obj));
+        const TableInfo& table = *pos.table;
+        db::Row& row = store_.add(table.name, parent);
+        std::set<std::string> given;
+        const json* children = nullptr;
+        const json* state = nullptr;
+        for (const auto& [name, value] : obj.items()) {
+            if (name == "children") {
+                if (!value.is_object()) fault(at + name, "expected an object of child tables, got " + got(value));
+                children = &value;
+            } else if (name == "@state") {
+                if (!value.is_object()) fault(at + name, "expected an object of state flags, got " + got(value));
+                state = &value;
+            } else if (name == "@variant") {
+                if (!value.is_number_integer() || value.get<int64_t>() < INT32_MIN || value.get<int64_t>() > INT32_MAX)
+                    fault(at + name, "expected a 32-bit integer, got " + got(value));
+                for (size_t r = 0; r < table.rows.size(); ++r)
+                    if (db::Record* rec = db::row_record(row, r)) db::set_variant(*rec, int32_t(value.get<int64_t>()), true);
+            } else {
+                auto [rec, field] = row_attribute(table, row, name, at + name);
+                set_value(*rec, name, *field, value, at + name);
+                given.insert(name);
+            }
+        }
+        if (state) {
+            for (const auto& [name, flag] : state->items()) {
+                Place fat = at + "@state" + name;
+                auto [rec, field] = row_attribute(table, row, name, fat);
+                if (!flag.is_number_integer() || flag.get<int64_t>() < 0 || flag.get<int64_t>() > 255)
+                    fault(fat, "expected a state flag 0 to 255, got " + got(flag));
+                db::set_state(*rec, name, uint8_t(flag.get<int64_t>()));
+            }
+        }
+        check_key(table, row, parent, given, at);
+        if (children) {
+            for (const auto& [name, rows] : children->items()) {
+                Place cat = at + "children" + name;
+                const TableInfo* child = db::table_info(name);
+                if (!child || !name.starts_with("tbl_")) fault(cat, "unknown table");
+                const TableInfo* under = nullptr;
+                for (const TableInfo* p : db::positions())
+                    if (p->table == child->table && p->parent && p->parent->table == &table) under = p;
+                if (!under) {
+                    std::string parents = parents_of(*child->table);
+                    fault(cat, std::string(child->table->name) + " is no child of " + std::string(table.name) +
+                                   (parents.empty() ? "; its rows stand at the top level" : "; its parent is " + parents));
+                }
+                table_rows(*under, rows, &row, cat);
+            }
+        }
+    }
+
+    // The record of the row and the field that a dotted attribute name ends in.
+    std::pair<db::Record*, const FieldInfo*> row_attribute(const TableInfo& table, db::Row& row, const std::string& name,
+                                                           const Place& at) {
+        std::string first = name.substr(0, name.find('.'));
+        for (size_t r = 0; r < table.rows.size(); ++r) {
+            if (!table.rows[r]->field(first)) continue;
+            db::Record* rec = db::row_record(row, r);
+            return {rec, &attribute(*table.rows[r], name, at)};
+        }
+        // Unknown at the top: say so against the (first) row type.
+        return {db::row_record(row, 0), &attribute(*table.rows[0], name, at)};
+    }
+
+    // Resolves a dotted attribute name within a record type: every part but the last names
+    // a nested record, the last a value (leaf, enumeration, flag set, array, characters) or
+    // a sequence.
+    static const FieldInfo& attribute(const TypeInfo& top, const std::string& name, const Place& at) {
+        const TypeInfo* t = &top;
+        size_t start = 0;
+        while (true) {
+            size_t dot = name.find('.', start);
+            std::string part = name.substr(start, dot == std::string::npos ? std::string::npos : dot - start);
+            bool last = dot == std::string::npos;
+            if (part.empty()) {
+                if (last) fault(at, "unknown attribute: \"" + name.substr(0, start) + "\" names a record, not a value");
+                fault(at, "unknown attribute: empty name part");
+            }
+            const FieldInfo* f = t->field(part);
+            if (!f || f->role == FieldRole::link)
+                fault(at, "unknown attribute: no field '" + part + "' in " + std::string(t->name));
+            if (f->role == FieldRole::bound)
+                fault(at, "'" + part + "' is the count or length of an array of " + std::string(t->name) +
+                              " and follows from it");
+            if (last) {
+                if (f->kind == FieldKind::nested)
+                    fault(at, "'" + part + "' holds a record; name its attributes as \"" + name + ".<attribute>\"");
+                return *f;
+            }
+            if (f->kind != FieldKind::nested) fault(at, "unknown attribute: '" + part + "' of " + std::string(t->name) + " holds no record");
+            t = f->target;
+            start = dot + 1;
+        }
+    }
+
+    static int64_t integer(const json& v, Range r, const std::string& word, const Place& at) {
+        if (!v.is_number_integer()) fault(at, "expected an integer, got " + got(v));
+        if (v.is_number_unsigned() && v.get<uint64_t>() > uint64_t(std::numeric_limits<int64_t>::max()))
+            fault(at, v.dump() + " is out of range for " + word);
+        int64_t n = v.get<int64_t>();
+        if (n < r.lo || n > r.hi) fault(at, v.dump() + " is out of range for " + word);
+        return n;
+    }
+
+    static std::string text(const json& v, const Place& at) {
+        if (!v.is_string()) fault(at, "expected a string, got " + got(v));
+        return v.get<std::string>();
+    }
+
+    static void set_value(db::Record& rec, const std::string& path, const FieldInfo& f, const json& v, const Place& at) {
+        switch (f.kind) {
+            case FieldKind::enumeration: {
+                const TypeInfo& e = *f.target;
+                if (v.is_string()) {
+                    auto n = e.value_of(v.get<std::string>());
+                    if (!n) fault(at, got(v) + " is no value of " + std::string(e.name) + " (" + names_of(e) + ")");
+                    return db::set_int(rec, path, *n);
+                }
+                int64_t n = integer(v, {0, 0xffffffffll}, std::string(e.name), at);
+                if (size_t(n) >= e.values.size())
+                    fault(at, v.dump() + " is no value of " + std::string(e.name) + " (0 to " +
+                                  std::to_string(e.values.size() - 1) + ")");
+                return db::set_int(rec, path, n);
+            }
+            case FieldKind::flags: {
+                const TypeInfo& e = *f.target;
+                if (v.is_number_integer()) {
+                    int64_t n = integer(v, {0, e.values.size() >= 32 ? 0xffffffffll : (1ll << e.values.size()) - 1},
+                                        std::string(e.name), at);
+                    return db::set_int(rec, path, n);
+                }
+                if (!v.is_array()) fault(at, "expected an array of flag names, got " + got(v));
+                std::vector<std::string> bits;
+                for (size_t i = 0; i < v.size(); ++i) {
+                    std::string b = text(v[i], at + i);
+                    if (!e.value_of(b)) fault(at + i, "\"" + b + "\" is no flag of " + std::string(e.name) + " (" + names_of(e) + ")");
+                    bits.push_back(std::move(b));
+                }
+                return db::set_flags(rec, path, std::vector<std::string_view>(bits.begin(), bits.end()));
+            }
+            case FieldKind::fixed_array:
+            case FieldKind::counted_array: {
+                if (!v.is_array()) fault(at, "expected an array, got " + got(v));
+                if (f.kind == FieldKind::fixed_array && v.size() > f.bound)
+                    fault(at, std::to_string(v.size()) + " elements, at most " + std::to_string(f.bound) + " fit");
+                std::vector<uint64_t> elements;
+                for (size_t i = 0; i < v.size(); ++i) {
+                    Word w = f.word;
+                    int64_t n = integer(v[i], range_of(w), std::string(db::word_name(w)), at + i);
+                    if (n < 0) fault(at + i, "negative array elements are not kept");
+                    elements.push_back(uint64_t(n));
+                }
+                return db::set_array(rec, path, elements);
+            }
+            case FieldKind::chars: {
+                std::string s = text(v, at);
+                if (f.bound && s.size() > f.bound)
+                    fault(at, std::to_string(s.size()) + " characters, at most " + std::to_string(f.bound) + " fit");
+                return db::set_text(rec, path, s);
+            }
+            case FieldKind::sequence: {
+                if (!v.is_array()) fault(at, "expected an array of elements, got " + got(v));
+                for (size_t i = 0; i < v.size(); ++i) {
+                    Place eat = at + i;
+                    if (!v[i].is_object()) fault(eat, "expected an element object, got " + got(v[i]));
+                    db::Record& el = db::append(rec, path);
+                    for (const auto& [name, value] : v[i].items()) {
+                        const FieldInfo& ef = attribute(*f.target, name, eat + name);
+                        set_value(el, name, ef, value, eat + name);
+                    }
+                }
+                return;
+            }
+            case FieldKind::nested: fault(at, "holds a record");   // attribute() refuses it first
+            case FieldKind::leaf: break;
+        }
+        switch (f.word) {
+            case Word::rsl_vstring: return db::set_text(rec, path, text(v, at));
+            case Word::ip_address: {
+                std::string s = text(v, at);
+                auto ip = plat::parse_ip(s);
+                if (!ip) fault(at, "\"" + one_line(s) + "\" is no IPv4 or IPv6 address");
+                return db::set_ip(rec, path, *ip);
+            }
+            case Word::rsl_mac_addr: {
+                std::string s = text(v, at);
+                auto mac = plat::parse_mac(s);
+                if (!mac) fault(at, "\"" + one_line(s) + "\" is no MAC address");
+                return db::set_mac(rec, path, *mac);
+            }
+            case Word::rsl_boolean:
+                if (!v.is_boolean()) fault(at, "expected true or false, got " + got(v));
+                return db::set_bool(rec, path, v.get<bool>());
+            case Word::u_int64:
+                if (v.is_number_unsigned()) return db::set_u64(rec, path, v.get<uint64_t>());
+                return db::set_int(rec, path, integer(v, range_of(f.word), "u_int64", at));
+            default: {
+                std::string word(db::word_name(f.word));
+                return db::set_int(rec, path, integer(v, range_of(f.word), word, at));
+            }
+        }
+    }
+
+    // Every row names its key, and no two rows of a table under the same parent share it.
+    void check_key(const TableInfo& table, const db::Row& row, const db::Row* parent, const std::set<std::string>& given,
+                   const Place& at) {
+        std::vector<std::string> names;
+        if (table.key_kind == db::KeyKind::compound)
+            for (const FieldInfo* p : table.key_parts) names.emplace_back(p->name);
+        else
+            names.emplace_back(table.key_name);
+        for (const std::string& n : names)
+            if (!given.count(n)) fault(at, "row has no key attribute \"" + n + "\"");
+        if (!keys_[{&table, parent}].insert(db::row_key(row)).second) {
+            std::string key;
+            const db::Record* rec = nullptr;
+            for (size_t r = 0; r < table.rows.size(); ++r)
+                if (table.rows[r] == table.key_type) rec = db::row_record(row, r);
+            for (const std::string& n : names)
+                key += (key.empty() ? "" : ", ") + n + " " + plat::to_text(*db::value_of(db::handle(*rec, n)));
+            fault(at, "duplicate key: another " + std::string(table.name) + " row " +
+                          (parent ? "under the same parent " : "at the top level ") + "has " + one_line(key));
+        }
+    }
+};
+
+// Parses with comments allowed, and refuses a member name repeated within one object
+// (which the JSON library would silently collapse), naming its place.
+json parse(std::string_view text) {
+    struct Frame {
+        bool array = false;
+        size_t index = 0;
+        std::string key;
+        std::set<std::string> keys;
+    };
+    std::vector<Frame> frames;
+    auto place = [&](const std::string& last) {
+        Place p;
+        for (const Frame& f : frames) {
+            if (f.array) p.push_back(f.index);
+            else if (&f != &frames.back()) p.push_back(f.key);
+        }
+        p.push_back(last);
+        return p;
+    };
+    auto element_done = [&] {
+        if (!frames.empty() && frames.back().array) ++frames.back().index;
+    };
+    json::parser_callback_t cb = [&](int, json::parse_event_t ev, json& parsed) {
+        switch (ev) {
+            case json::parse_event_t::object_start: frames.emplace_back().array = false; break;
+            case json::parse_event_t::array_start: frames.emplace_back().array = true; break;
+            case json::parse_event_t::key: {
+                std::string k = parsed.get<std::string>();
+                if (!frames.back().keys.insert(k).second) fault(place(k), "member repeated in the same object");
+                frames.back().key = std::move(k);
+                break;
+            }
+            case json::parse_event_t::object_end:
+            case json::parse_event_t::array_end:
+                frames.pop_back();
+                element_done();
+                break;
+            case json::parse_event_t::value: element_done(); break;
+        }
+        return true;
+    };
+    return json::parse(text.begin(), text.end(), cb, true, true);
+}
+
+std::string where_in_text(std::string_view text, size_t byte) {
+    size_t line = 1, col = 1;
+    for (size_t i = 0; i + 1 < byte && i < text.size(); ++i) {
+        if (text[i] == '\n') {
+            ++line;
+            col = 1;
+        } else {
+            ++col;
+        }
+    }
+    return std::to_string(line) + ":" + std::to_string(col);
+}
+
+}  // namespace
+
+std::string load_into(db::Store& store, std::string_view text, std::string_view origin) {
+    std::string o(origin);
+    db::Store fresh;
+    try {
+        json doc = parse(text);
+        Loader(fresh).document(doc);
+    } catch (const Fault& f) {
+        return o + ": " + place_text(f.place) + ": " + f.what;
+    } catch (const json::parse_error& e) {
+        // The library's text reads "[json.exception.parse_error.101] parse error at line
+        // 3, column 5: <reason>"; keep the reason and give the place ourselves.
+        std::string what = e.what();
+        if (size_t c = what.find(": "); c != std::string::npos) what = what.substr(c + 2);
+        return o + ":" + where_in_text(text, e.byte) + ": bad JSON: " + one_line(what);
+    } catch (const json::exception& e) {
+        return o + ": bad JSON: " + one_line(e.what());
+    } catch (const std::exception& e) {   // the store's own refusals (db::Error) among them
+        return o + ": " + one_line(e.what());
+    }
+    store.swap(fresh);
+    return {};
+}
+
+LoadResult load_text(std::string_view text, std::string_view origin) {
+    LoadResult r;
+    auto store = std::make_unique<db::Store>();
+    r.error = load_into(*store, text, origin);
+    if (r.error.empty()) r.store = std::move(store);
+    return r;
+}
+
+LoadResult load_file(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        LoadResult r;
+        r.error = path + ": cannot read: " + std::strerror(errno);
+        return r;
+    }
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (in.bad()) {
+        LoadResult r;
+        r.error = path + ": cannot read: " + std::strerror(errno);
+        return r;
+    }
+    return load_text(text.str(), path);
+}
+
+LoadResult load_default() { return load_text(default_text(), "<default>"); }
+
+}  // namespace zan::config
