@@ -9,7 +9,10 @@ Files written (all into the front end's generated directory):
   fe_ntlist_messages.cpp    message table of the to_ntlist unit, four formats per record
   fe_arrays.cpp             the five arrays the initialiser registers, with the imported
                             database names they hold
-  fe_chain.cpp              the dispatcher chain of the segment loop
+  fe_resolve_imports.hpp    database names path and query resolution imports; the traversers
+  fe_resolve_<domain>.cpp   per domain: path and query traverser descriptors and entry points
+  fe_resolve_chain.cpp      the dispatchers with their chains, and the order of the segment loop
+  fe_resolve_messages.cpp   message table of the path and query traversal unit
   zanfe.map                 linker version script: the library's exported names, nothing else
 
 Generated code never holds a function body beyond one call into a template; everything
@@ -55,7 +58,7 @@ def columns_fn(table):
 
 def exports(cat):
     """Every name the library exports, in a stable order."""
-    return (list(FRAME_EXPORTS) + [ntlist_fn(r.name) for r in cat.record_order()]
+    return (list(FRAME_EXPORTS) + resolve_exports(cat) + [ntlist_fn(r.name) for r in cat.record_order()]
             + [columns_fn(p.name) for p in cat.tables()])
 
 
@@ -254,16 +257,288 @@ def arrays(cat):
     return "\n".join(out)
 
 
-def chain(cat):
-    return "\n".join([
-        head("schema/" + cat.dispatchers[0].loc.file, "The dispatcher chain the segment loop offers each segment to."),
-        '#include "fe_internal.hpp"\n',
-        "// The chain is empty until path resolution brings its dispatchers: ROOT, then one per",
-        f"// parent table, {len(cat.dispatchers)} in all, each a straight call in chain order.",
-        "int32_t zan::fe::offer_segment(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_uri_segment*, gx_do_nlist*, "
-        "gx_do_nlist*,\n                             arbor_params_t*, uint32_t, const void**, uint32_t) {",
-        "    return k_pq_not_here;",
-        "}\n"])
+# ---------------------------------------------------------------------- path and query resolution
+# The product's figures for the unit: a catalogue of 331 positions must come to exactly
+# these many allocation sites and trace call sites.
+PRODUCT_POSITIONS, SITE_COUNT, MESSAGE_COUNT = 331, 2215, 6975
+
+# Messages of each function, in code order; leading blanks as the decoder's formats have them.
+TOP_MESSAGES = (" Processing seg %u\\n",
+                " zan_config_db zan_config_db_context path_query_dispatch : No valid path found\\n")
+P_HEAD = ("  PD add FE Path %s uri: %s", "   Found path : %s\\n", " Create arbor traverse inst for path failed")
+P_CHILD = (" Invalid from table VFT (incorrect path order)", " create arbor_id failed", " create arbor_id failed\\n")
+P_TAIL = (" Set arbor traverse inst failed, RSL err %u", "  PDC store FE Path %s table: %s")
+Q_HEAD = (" Expecting keys for {label} before moving to next path",
+          " Gxcore doesn't send key but RSL defines key search",   # one site: no key list, or nothing read
+          " nvlist_num <= 0", " nvlist_num = %d",
+          " Failed to allocate memory for key_name_arr", " Failed to allocate memory for nvlist_item_value_arr")
+Q_ONE = ("  PD add FE Key %s", " Processing query key : %s", " could not find the field_luid",
+         " Create arbor query inst failed", " Set arbor query inst failed, RSL err %u",
+         " Arbor encountered RSL error : %u")
+Q_COMPOUND = (" Failed to allocate memory for ckey_pos_arr", " Processing query key : {key}",
+              " could not find the field_luid")
+Q_UNSUPPORTED = " Arbor: unsupported type {word}"
+Q_RSL_ERROR = " Arbor encountered RSL error : %u"
+D_MESSAGES = ("  PDC stored table match %s",
+              " zan_config_db zan_config_db_context {marker} path_query_dispatch: %s Query path not found\\n",
+              " zan_config_db zan_config_db_context {marker} path_query_dispatch: Generate prop param failed\\n")
+# Typed objects of compound key parts: the type identifier and the release operation.
+PART_TYPES = {"rsl_vstring": "rsl_vstring_destroy", "ip_address": "ip_address_destroy", "int32": "int32_destroy"}
+
+
+def path_fn(p):
+    return f"zan_config_db_zan_config_db_context_P_{p.name}_fe_path_traverse"
+
+
+def query_fn(p):
+    return f"zan_config_db_zan_config_db_context_Q_{p.name}_fe_query_traverse"
+
+
+def dispatch_fn(d):
+    return f"fe_zan_config_db_zan_config_db_context_{d.marker}_path_query_dispatch"
+
+
+def resolve_exports(cat):
+    return ([f(p) for p in cat.traversers() for f in (path_fn, query_fn)]
+            + [dispatch_fn(d) for d in cat.dispatchers])
+
+
+def key_of(cat, p):
+    return cat.positions[p.table].key
+
+
+def key_field(cat, p):
+    t = cat.positions[p.table]
+    if t.key.kind == "compound":
+        return "key " + t.key.name
+    return f"key {t.name[4:]}_{t.key.name}"
+
+
+def parent_row(cat, p):
+    return cat.positions[p.parent.table].rows[0]
+
+
+def p_messages(p):
+    return list(P_HEAD) + (list(P_CHILD) if p.shape == "child" else []) + list(P_TAIL)
+
+
+def q_messages(cat, p):
+    key = key_of(cat, p)
+    head_ = [m.format(label=p.label_q) for m in Q_HEAD]
+    if key.kind != "compound":
+        return head_ + list(Q_ONE)
+    return (head_ + [m.format(key=key.name) for m in Q_COMPOUND]
+            + [Q_UNSUPPORTED.format(word=w) for _, w in key.parts] + [Q_RSL_ERROR])
+
+
+def p_sites(p):
+    return 5 if p.shape == "child" else 1
+
+
+def q_sites(cat, p):
+    key = key_of(cat, p)
+    return 6 + len(key.parts) if key.kind == "compound" else 3
+
+
+def d_messages(d):
+    out = [D_MESSAGES[0]]
+    for _ in d.chain:
+        out += [m.format(marker=d.marker) for m in D_MESSAGES[1:]]
+    return out
+
+
+def layout(cat):
+    """Message table in code order and the first message and site of every function:
+    the top dispatcher, the dispatchers in chain order, then P and Q of every position
+    in traverser order."""
+    msgs = list(TOP_MESSAGES)
+    first = {}
+    for d in cat.dispatchers:
+        first[("D", d.marker)] = len(msgs)
+        msgs += d_messages(d)
+    site = 0
+    for p in cat.traversers():
+        first[("P", p.name)] = (len(msgs), site)
+        msgs += p_messages(p)
+        site += p_sites(p)
+        first[("Q", p.name)] = (len(msgs), site)
+        msgs += q_messages(cat, p)
+        site += q_sites(cat, p)
+    if len(cat.positions) != PRODUCT_POSITIONS:
+        return msgs, first
+    if site != SITE_COUNT:
+        raise CatalogueError(f"path and query traversal: {site} allocation sites, expected {SITE_COUNT}")
+    if len(msgs) != MESSAGE_COUNT:
+        raise CatalogueError(f"path and query traversal: {len(msgs)} messages, expected {MESSAGE_COUNT}")
+    return msgs, first
+
+
+def check_resolve(cat):
+    for p in cat.traversers():
+        key = key_of(cat, p)
+        if key.kind == "compound":
+            for n, w in key.parts:
+                if w not in PART_TYPES:
+                    raise CatalogueError(f"{p.loc}: table {p.name}: key part {n} of word {w} has no typed object")
+        if p.shape == "child" and p.link_field is None:
+            raise CatalogueError(f"{p.loc}: table {p.name}: child without a link field")
+    if cat.dispatchers[0].parent is not None:
+        raise CatalogueError("the first dispatcher must be ROOT")
+
+
+def luid_bytes(b):
+    return "{" + ", ".join(f"0x{x:02x}" for x in b) + "}"
+
+
+def resolve_imports(cat):
+    """Header: what the resolution code imports from the database, and the traversers."""
+    out = [head("schema/*.zs", "Database names path and query resolution imports, and the traversers."),
+           "#pragma once\n#include \"resolve.hpp\"\n",
+           'extern "C" {']
+    for t in cat.tables():
+        out.append(f"extern const uint8_t table_{t.name}_luid[16];")
+        out.append(f"extern const zan_field_vft {t.name}_table_field_vft;")
+        out.append(f"void {t.name}_get_field(rsl_ctx_t, rsl_ctx_id_t, const char*, uint32_t*, const uint8_t**, uint32_t*);")
+    rows = list(dict.fromkeys(parent_row(cat, p) for p in cat.traversers() if p.shape == "child"))
+    for r in rows:
+        out.append(f"void zan_{r}_get_field_info(rsl_ctx_t, rsl_ctx_id_t, const char*, uint32_t*, const uint8_t**, uint32_t*);")
+    for w in PART_TYPES:
+        out.append(f"extern const uint8_t type_{w}_luid[16];")
+    for t in cat.tables():
+        if t.key.kind != "compound":
+            continue
+        k = t.key.name
+        out.append(f"void* {k}_create(rsl_ctx_t, rsl_ctx_id_t);")
+        out.append(f"uint32_t {k}_len(rsl_ctx_t, rsl_ctx_id_t, const void*);")
+        out.append(f"uint32_t {k}_marshal(rsl_ctx_t, rsl_ctx_id_t, uint8_t*, const void*, uint32_t, uint32_t*);")
+        out.append(f"void {k}_destroy(rsl_ctx_t, rsl_ctx_id_t, void*);")
+        for n, _ in t.key.parts:
+            out.append(f"void {k}_{n}_set(rsl_ctx_t, rsl_ctx_id_t, void*, const void*, uint32_t*);")
+    out.append("")
+    for p in cat.traversers():
+        out.append(f"ZAN_FE_EXPORT int32_t {path_fn(p)}(rsl_ctx_t, rsl_ctx_id_t, gx_do_uri_segment*, gx_do_nlist*, "
+                   f"gx_do_nlist*, arbor_params_t*, const void**);")
+        out.append(f"ZAN_FE_EXPORT int32_t {query_fn(p)}(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_nvlist*, "
+                   f"gx_do_nlist*, arbor_params_t*, uint32_t, uint32_t);")
+    out.append("}\n")
+    return "\n".join(out)
+
+
+SHAPE = {"root": "Shape::root", "child": "Shape::child", "nolink": "Shape::nolink"}
+P_ARGS = ("rsl_ctx_t c, rsl_ctx_id_t i, gx_do_uri_segment* s, gx_do_nlist* pd, gx_do_nlist* pdc, "
+          "arbor_params_t* pa, const void** v")
+Q_ARGS = ("rsl_ctx_t c, rsl_ctx_id_t i, uint64_t g, gx_do_nvlist* k, gx_do_nlist* pd, arbor_params_t* pa, "
+          "uint32_t r, uint32_t m")
+
+
+def resolve_domain(cat, domain, positions, first):
+    out = [head(sources(cat, domain), f"Path and query traversers of the {domain} domain: {len(positions)} positions."),
+           '#include "fe_resolve_imports.hpp"\n',
+           f"namespace zan::gen::{domain} {{",
+           "using namespace zan::fe::resolve;\n",
+           "// Path traversers: segment, its length, label, marker, path-query LUID, table LUID, table vector,",
+           "//   parent row field, parent table LUID, child link field, link field lookup,",
+           "//   first message, first site, shape",
+           "// Query traversers: key name, key field string, table LUID, key field lookup,",
+           "//   first message, first site"]
+    shims = []
+    for p in positions:
+        t = cat.positions[p.table]
+        key = t.key
+        pm, ps = first[("P", p.name)]
+        qm, qs = first[("Q", p.name)]
+        out.append(f"\n// {p.name}" + (f" (second entrance of {p.table})" if p.entrance_of else ""))
+        out.append(f"constexpr uint8_t pq_{p.name}[16] = {luid_bytes(p.pq)};")
+        if p.shape == "child":
+            pt = p.parent.table
+            child = (f"{c_str(p.parent_row)}, table_{pt}_luid, {c_str(p.link_field)}, "
+                     f"&zan_{parent_row(cat, p)}_get_field_info")
+        else:
+            child = "nullptr, nullptr, nullptr, nullptr"
+        out.append(f"constexpr PathDesc P_{p.name}{{{c_str(p.segment)}, {len(p.segment)}, {c_str(p.label_p)}, {c_str(p.marker)}, "
+                   f"pq_{p.name}, table_{t.name}_luid, &{t.name}_table_field_vft, {child}, "
+                   f"{pm}, {ps}, {SHAPE[p.shape]}}};")
+        q = (f"{c_str(key.name)}, {c_str(key_field(cat, p))}, table_{t.name}_luid, &{t.name}_get_field, "
+             f"{qm}, {qs}")
+        if key.kind == "compound":
+            parts = ", ".join(f"{{{c_str(n)}, type_{w}_luid, &{key.name}_{n}_set, &{PART_TYPES[w]}}}"
+                              for n, w in key.parts)
+            out.append(f"constexpr KeyPart parts_{p.name}[] = {{{parts}}};")
+            out.append(f"constexpr CompoundDesc Q_{p.name}{{{{{q}}}, parts_{p.name}, {len(key.parts)}, "
+                       f"&{key.name}_create, &{key.name}_len, &{key.name}_marshal, &{key.name}_destroy}};")
+            qcall = "compound_traverse"
+        else:
+            out.append(f"constexpr QueryDesc Q_{p.name}{{{q}}};")
+            qcall = "query_traverse"
+        ns = f"zan::gen::{domain}"
+        shims.append(f'extern "C" int32_t {path_fn(p)}({P_ARGS}) {{ '
+                     f'return zan::fe::resolve::path_traverse({ns}::P_{p.name}, c, i, s, pd, pdc, pa, v); }}')
+        shims.append(f'extern "C" int32_t {query_fn(p)}({Q_ARGS}) {{ '
+                     f'return zan::fe::resolve::{qcall}({ns}::Q_{p.name}, c, i, g, k, pd, pa, r, m); }}')
+    out.append(f"\n}}  // namespace zan::gen::{domain}\n")
+    return "\n".join(out + shims) + "\n"
+
+
+D_ARGS = ("rsl_ctx_t c, rsl_ctx_id_t i, uint64_t g, gx_do_uri_segment* s, gx_do_nlist* pd, gx_do_nlist* pdc, "
+          "arbor_params_t* pa, uint64_t, uint32_t r, const void** v, uint32_t m")
+
+
+def resolve_chain(cat, first):
+    out = [head("schema/" + cat.dispatchers[0].loc.file,
+                f"The {len(cat.dispatchers)} dispatchers: each a marker and a chain of path and query traversers."),
+           '#include "fe_resolve_imports.hpp"\n',
+           'extern "C" {']
+    for d in cat.dispatchers:
+        out.append(f"ZAN_FE_EXPORT int32_t {dispatch_fn(d)}({D_ARGS});")
+    out.append("}\n")
+    out.append("namespace zan::gen {\nusing namespace zan::fe::resolve;\n")
+    out.append("// Chains: path traverser, query traverser, label of the not-found trace")
+    for d in cat.dispatchers:
+        out.append(f"constexpr ChainEntry chain_{d.marker}[] = {{")
+        for p in d.chain:
+            out.append(f"    {{&{path_fn(p)}, &{query_fn(p)}, {c_str(p.label_p)}}},")
+        out.append("};")
+        out.append(f"constexpr DispatchDesc D_{d.marker}{{{c_str(d.marker)}, {len(d.marker)}, chain_{d.marker}, "
+                   f"{len(d.chain)}, {first[('D', d.marker)]} /* first message */}};\n")
+    out.append("// The order in which the segment loop asks the dispatchers.")
+    out.append("extern const zan::fe::dispatcher_fn k_dispatch_chain[] = {")
+    out += [f"    &{dispatch_fn(d)}," for d in cat.dispatchers]
+    out.append("};")
+    out.append(f"extern const uint32_t k_dispatch_chain_len = {len(cat.dispatchers)};\n")
+    out.append("}  // namespace zan::gen\n")
+    for d in cat.dispatchers:
+        out.append(f'extern "C" int32_t {dispatch_fn(d)}({D_ARGS}) {{ '
+                   f'return zan::fe::resolve::dispatch(zan::gen::D_{d.marker}, c, i, g, s, pd, pdc, pa, r, v, m); }}')
+    return "\n".join(out) + "\n"
+
+
+def resolve_messages(msgs):
+    out = [head("schema/*.zs", f"Message table of the path and query traversal unit: {len(msgs)} formats, one "
+                "per call site in code order (top dispatcher, dispatchers, then P and Q of each position)."),
+           '#include "resolve.hpp"\n',
+           "namespace zan::gen {\nnamespace {",
+           "constexpr const char* k_formats[] = {"]
+    for i, m in enumerate(msgs):
+        out.append(f"    {c_str(m)},  // {i}")
+    out.append("};\n}  // namespace\n")
+    out.append("extern const lt_unit k_resolve_unit{\"path and query traversal\", "
+               "sizeof k_formats / sizeof k_formats[0], k_formats};")
+    out.append("static_assert(sizeof k_formats / sizeof k_formats[0] == " f"{len(msgs)});")
+    out.append("\n}  // namespace zan::gen\n")
+    return "\n".join(out)
+
+
+def resolve_files(cat):
+    check_resolve(cat)
+    msgs, first = layout(cat)
+    out = {"fe_resolve_imports.hpp": resolve_imports(cat),
+           "fe_resolve_chain.cpp": resolve_chain(cat, first),
+           "fe_resolve_messages.cpp": resolve_messages(msgs)}
+    for d in cat.domains:
+        ps = [p for p in cat.traversers() if p.domain == d]
+        if ps:
+            out[f"fe_resolve_{d}.cpp"] = resolve_domain(cat, d, ps, first)
+    return out
 
 
 def counts(cat):
@@ -293,9 +568,9 @@ def files(cat):
         "fe_catalogue.hpp": counts(cat),
         "fe_ntlist_messages.cpp": ntlist_messages(cat),
         "fe_arrays.cpp": arrays(cat),
-        "fe_chain.cpp": chain(cat),
         "zanfe.map": version_script(cat),
     }
+    out.update(resolve_files(cat))
     for d in cat.domains:
         records = [r for r in cat.records.values() if r.domain == d]
         tables = [p for p in cat.tables() if p.domain == d]

@@ -47,6 +47,11 @@ def main(schema, out):
              "zan_config_db_field_dispatch_type_field_lut", "zan_config_db_fe_gx_type_dispatch_vft",
              "zan_config_db_type_gx_lut"]
     lines += [f"export {n}" for n in frame]
+    ctx = "zan_config_db_zan_config_db_context"
+    for p in cat.positions.values():
+        lines += [f"export {ctx}_P_{p.name}_fe_path_traverse", f"export {ctx}_Q_{p.name}_fe_query_traverse"]
+    lines.append(f"export fe_{ctx}_ROOT_path_query_dispatch")
+    lines += [f"export fe_{ctx}_{d.parent.marker}_path_query_dispatch" for d in cat.dispatchers if d.parent]
     lines += [f"export {r}_to_ntlist" for r in sorted(cat.records)]
     lines += [f"export {p.name}_table_columns_to_ntlist" for p in cat.positions.values() if not p.entrance_of]
     for row, name in enumerate(cat.table_rows):

@@ -28,8 +28,9 @@ class FixtureOutput(unittest.TestCase):
 
     def test_one_column_file_per_domain_with_records_or_tables_and_a_header_on_each(self):
         self.assertEqual(sorted(self.files), [
-            "fe_arrays.cpp", "fe_catalogue.hpp", "fe_chain.cpp", "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp",
-            "fe_ntlist_messages.cpp", "zanfe.map"])
+            "fe_arrays.cpp", "fe_catalogue.hpp", "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp",
+            "fe_ntlist_messages.cpp", "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
+            "fe_resolve_messages.cpp", "zanfe.map"])
         for name, text in self.files.items():
             self.assertRegex(text.splitlines()[0], r"generated from schema/\S+.* do not edit", name)
         self.assertIn("generated from schema/dom.zs", self.files["fe_ntlist_dom.cpp"])
@@ -70,10 +71,79 @@ class FixtureOutput(unittest.TestCase):
         script = self.files["zanfe.map"]
         names = re.findall(r"^    (\w+);$", script, re.M)
         expected = set(frontend.FRAME_EXPORTS) | {r + "_to_ntlist" for r in self.cat.records} \
-            | {"tbl_top_table_columns_to_ntlist", "tbl_kid_table_columns_to_ntlist", "tbl_pair_table_columns_to_ntlist"}
+            | {"tbl_top_table_columns_to_ntlist", "tbl_kid_table_columns_to_ntlist", "tbl_pair_table_columns_to_ntlist"} \
+            | {f"zan_config_db_zan_config_db_context_{pq}_{t}_fe_{w}_traverse" for t in self.cat.positions
+               for pq, w in (("P", "path"), ("Q", "query"))} \
+            | {"fe_zan_config_db_zan_config_db_context_ROOT_path_query_dispatch",
+               "fe_zan_config_db_zan_config_db_context_inst_tbl_top_path_query_dispatch"}
         self.assertEqual(set(names), expected)
         self.assertEqual(len(names), len(expected))
         self.assertRegex(script, r"local:\s*\*;")
+
+
+class Resolution(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.cat = catalogue.load(FIXTURE)
+        cls.files = frontend.files(cls.cat)
+        cls.msgs = re.findall(r'^    "(.*)",  // \d+$', cls.files["fe_resolve_messages.cpp"], re.M)
+
+    def first(self, kind, name):
+        text = "".join(self.files[f] for f in self.files if f.startswith("fe_resolve_"))
+        m = re.search(rf"constexpr \w+ {kind}_{name}{{.*?(\d+), (\d+)(?:, Shape::\w+)?}}", text)
+        return int(m.group(1)), int(m.group(2))
+
+    def test_sites_and_messages_are_numbered_in_code_order_p_then_q_per_position(self):
+        # top 2; ROOT 1 + 2*2; tbl_top's dispatcher 1 + 2*2: then the positions in traverser order
+        self.assertEqual(self.first("P", "tbl_top"), (12, 0))
+        self.assertEqual(self.first("Q", "tbl_top"), (17, 1))        # root P: 5 messages, 1 site
+        self.assertEqual(self.first("P", "tbl_pair"), (29, 4))       # one-key Q: 12 messages, 3 sites
+        self.assertEqual(self.first("Q", "tbl_pair"), (34, 5))
+        self.assertEqual(self.first("P", "tbl_kid"), (46, 13))       # compound Q: 10 + 2 messages, 6 + 2 sites
+        self.assertEqual(self.first("Q", "tbl_kid"), (54, 18))       # child P: 8 messages, 5 sites
+        self.assertEqual(len(self.msgs), 74 + 12)
+
+    def test_message_texts_carry_their_labels_markers_key_records_and_blanks(self):
+        self.assertEqual(self.msgs[2], "  PDC stored table match %s")
+        self.assertEqual(self.msgs[3], " zan_config_db zan_config_db_context ROOT path_query_dispatch: "
+                                       "%s Query path not found\\\\n")
+        self.assertEqual(self.msgs[13], "   Found path : %s\\\\n")
+        self.assertEqual(self.msgs[74], " Expecting keys for Q_tbl_kid_b before moving to next path")
+        self.assertEqual(self.msgs[34 + 7], " Processing query key : pair_key")
+        self.assertEqual(self.msgs[34 + 9:34 + 12], [" Arbor: unsupported type int32", " Arbor: unsupported type ip_address",
+                                                     " Arbor encountered RSL error : %u"])
+
+    def test_second_entrance_uses_its_tables_identifiers_and_key_but_its_own_segment_and_link(self):
+        text = self.files["fe_resolve_dom.cpp"]
+        self.assertRegex(text, r'P_tbl_kid_b\{"kid_again", 9, "P_tbl_kid_b", "inst_tbl_kid", pq_tbl_kid_b, table_tbl_kid_luid, '
+                               r'&tbl_kid_table_field_vft, "top", table_tbl_top_luid, "top_special", &zan_top_get_field_info')
+        self.assertIn('Q_tbl_kid_b{"singleton_id", "key kid_singleton_id", table_tbl_kid_luid, &tbl_kid_get_field', text)
+        self.assertIn('{"a", type_int32_luid, &pair_key_a_set, &int32_destroy}, {"b", type_ip_address_luid', text)
+
+    def test_dispatchers_are_named_by_marker_and_walk_their_chain_in_order(self):
+        text = self.files["fe_resolve_chain.cpp"]
+        chain = re.search(r"chain_inst_tbl_top\[\] = \{(.*?)\};", text, re.S).group(1)
+        self.assertLess(chain.index("P_tbl_kid_fe"), chain.index("P_tbl_kid_b_fe"))
+        self.assertIn('D_inst_tbl_top{"inst_tbl_top", 12, chain_inst_tbl_top, 2, 7 /* first message */}', text)
+
+
+class ProductFigures(unittest.TestCase):
+    def test_the_product_catalogue_comes_to_its_sites_and_messages(self):
+        cat = catalogue.load(os.path.join(ROOT, "schema"))
+        msgs, first = frontend.layout(cat)
+        self.assertEqual(len(msgs), 6975)
+        self.assertEqual(first[("P", "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol")][1], 0)
+        self.assertEqual(len(frontend.resolve_exports(cat)), 662 + 23)
+        last = cat.traversers()[-1]
+        msg, site = first[("Q", last.name)]
+        self.assertEqual(msg + len(frontend.q_messages(cat, last)), 6975)
+        self.assertEqual(site + frontend.q_sites(cat, last), 2215)
+
+    def test_a_product_catalogue_that_misses_the_figures_is_refused(self):
+        cat = catalogue.load(os.path.join(ROOT, "schema"))
+        cat.dispatchers[1].chain[0].link_override = "none"    # a child turned nolink: 4 sites fewer
+        with self.assertRaisesRegex(catalogue.CatalogueError, r"2211 allocation sites, expected 2215"):
+            frontend.layout(cat)
 
 
 class Refusals(unittest.TestCase):

@@ -1,0 +1,177 @@
+// Path and query resolution: the descriptors the generated code fills from the catalogue,
+// and the templates that the generated entry points hand them to.
+//
+// One unit of trace messages serves the whole family ("path and query traversal"). Every
+// call site owns one message, and the descriptors carry the index of the first message of
+// their function; a template adds the fixed offsets below. Allocation sites work the same
+// way: a descriptor carries its first site tag number, and the tag handed to the
+// allocator is the unit's base OR'd with the site number.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "fe_internal.hpp"
+
+namespace zan::fe::resolve {
+
+inline constexpr uint32_t k_site_base = 0x1862F400u;
+inline constexpr uint32_t site_tag(uint32_t site) { return k_site_base | site; }
+
+// Messages of the top dispatcher: the first two of the unit.
+enum : uint32_t { k_msg_processing_seg = 0, k_msg_no_valid_path = 1 };
+
+// ------------------------------------------------------------------ path traversers
+enum class Shape : uint8_t {
+    root,     // no parent: no identities
+    child,    // identities of the parent row and the link field
+    nolink,   // in a parent's chain, but behaves as a root table
+};
+
+// Message offsets of a path traverser, in code order. A root (or nolink) traverser has
+// the first three and then jumps to set_failed_root and pdc_store_root.
+enum : uint32_t {
+    k_p_pd_add = 0,
+    k_p_found,
+    k_p_create_failed,
+    k_p_no_from_table,      // child only
+    k_p_id_failed,          // child only
+    k_p_id2_failed,         // child only
+    k_p_set_failed_child,
+    k_p_pdc_store_child,
+};
+inline constexpr uint32_t k_p_set_failed_root = 3, k_p_pdc_store_root = 4;
+inline constexpr uint32_t k_p_messages_root = 5, k_p_messages_child = 8;
+inline constexpr uint32_t k_p_sites_root = 1, k_p_sites_child = 5;
+
+struct PathDesc {
+    const char* segment;            // compared exactly; added to pd_list on "*"
+    uint32_t segment_len;           // its length: the compare covers the terminator
+    const char* label;              // P_<table>, for traces
+    const char* marker;             // stored in pdc_list on success
+    const uint8_t* pq_luid;         // 16 bytes, this traverser's own
+    const uint8_t* table_luid;      // table_tbl_<table>_luid
+    const zan_field_vft* vft;       // tbl_<table>_table_field_vft: stored in the slot cell
+    // Child only.
+    const char* parent_row;         // row field the from-table's vector is asked for
+    const uint8_t* parent_luid;     // table_tbl_<parent>_luid
+    const char* link_field;         // child link field of the parent's row type
+    zan_get_field_fn link_info;     // zan_<parent row>_get_field_info
+    uint32_t msg;                   // first message
+    uint16_t site;                  // first site number
+    Shape shape;
+};
+
+int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_uri_segment* segment,
+                      gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params,
+                      const void** table_vft_slot);
+
+// ------------------------------------------------------------------ query traversers
+// Message offsets shared by both query templates (the first seven), then those of each.
+// Both the key-less last segment and a key list that yields nothing end at the one
+// k_q_no_keys site.
+enum : uint32_t {
+    k_q_expecting_keys = 0,
+    k_q_no_keys,
+    k_q_empty_list,
+    k_q_list_len,
+    k_q_names_failed,
+    k_q_values_failed,
+    // one key
+    k_q1_pd_add = 6,
+    k_q1_processing,
+    k_q1_no_field,
+    k_q1_create_failed,
+    k_q1_set_failed,
+    k_q1_rsl_error,
+    k_q1_messages,
+    // compound: then one "unsupported type" per field, then the final error
+    k_qc_positions_failed = 6,
+    k_qc_processing,
+    k_qc_no_field,
+    k_qc_unsupported,
+};
+inline constexpr uint32_t k_qc_fixed_messages = 10;   // plus one per field
+inline constexpr uint32_t k_q1_sites = 3, k_qc_fixed_sites = 6;
+
+struct QueryDesc {
+    const char* key_name;           // compared with the first key's name
+    const char* key_field;          // "key <table>_<key>"
+    const uint8_t* table_luid;
+    zan_get_field_fn get_field;     // tbl_<table>_get_field
+    uint32_t msg;
+    uint16_t site;
+};
+
+int32_t query_traverse(const QueryDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx, gx_do_nvlist* keys,
+                       gx_do_nlist* pd_list, arbor_params_t* params, uint32_t request_kind, uint32_t more_segments);
+
+// Key record operations of a compound key, imported from the database library.
+using key_create_fn = void* (*)(rsl_ctx_t, rsl_ctx_id_t);
+using key_set_fn = void (*)(rsl_ctx_t, rsl_ctx_id_t, void* rec, const void* obj, uint32_t* err);
+using key_len_fn = uint32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void* rec);
+using key_marshal_fn = uint32_t (*)(rsl_ctx_t, rsl_ctx_id_t, uint8_t* buf, const void* rec, uint32_t len,
+                                    uint32_t* err);
+using key_destroy_fn = void (*)(rsl_ctx_t, rsl_ctx_id_t, void* rec);
+using typed_destroy_fn = void (*)(rsl_ctx_t, rsl_ctx_id_t, void* obj);
+
+struct KeyPart {
+    const char* name;               // key name searched for in the segment's keys
+    const uint8_t* type_luid;       // type_<word>_luid: what the value is converted to
+    key_set_fn set;                 // <k>_<f>_set
+    typed_destroy_fn destroy;       // releases the converted object
+};
+
+struct CompoundDesc {
+    QueryDesc q;
+    const KeyPart* parts;           // in search order
+    uint32_t nparts;
+    key_create_fn create;
+    key_len_fn len;
+    key_marshal_fn marshal;
+    key_destroy_fn destroy;
+};
+
+int32_t compound_traverse(const CompoundDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx,
+                          gx_do_nvlist* keys, gx_do_nlist* pd_list, arbor_params_t* params, uint32_t request_kind,
+                          uint32_t more_segments);
+
+// ------------------------------------------------------------------ dispatchers
+using path_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, gx_do_uri_segment*, gx_do_nlist*, gx_do_nlist*, arbor_params_t*,
+                            const void**);
+using query_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_nvlist*, gx_do_nlist*, arbor_params_t*, uint32_t,
+                             uint32_t);
+
+struct ChainEntry {
+    path_fn path;
+    query_fn query;
+    const char* label;              // P_<table>, in the not-found trace
+};
+
+// Messages of a dispatcher: the marker match, then two per chain entry (not found, failed).
+struct DispatchDesc {
+    const char* marker;
+    uint32_t marker_len;
+    const ChainEntry* chain;
+    uint32_t count;
+    uint32_t msg;
+};
+
+int32_t dispatch(const DispatchDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx, gx_do_uri_segment* segment,
+                 gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params, uint32_t request_kind,
+                 const void** table_vft_slot, uint32_t more_segments);
+
+// Descriptors are plain constant data, laid out once by the generator.
+static_assert(std::is_trivially_copyable_v<PathDesc> && std::is_standard_layout_v<PathDesc>);
+static_assert(std::is_trivially_copyable_v<CompoundDesc> && std::is_standard_layout_v<CompoundDesc>);
+static_assert(std::is_trivially_copyable_v<DispatchDesc> && std::is_standard_layout_v<DispatchDesc>);
+static_assert(k_q1_messages == 12, "one-key query traversers own twelve messages");
+
+}  // namespace zan::fe::resolve
+
+namespace zan::gen {
+// The message table of the unit, and the 23 dispatchers in chain order.
+extern const lt_unit k_resolve_unit;
+extern const zan::fe::dispatcher_fn k_dispatch_chain[];
+extern const uint32_t k_dispatch_chain_len;
+}  // namespace zan::gen
