@@ -89,6 +89,10 @@ std::optional<std::string> Engine::load(const std::string& path) {
     return std::nullopt;
 }
 
+bool Engine::exports(const char* symbol) const {
+    return handle_ != nullptr && dlsym(handle_, symbol) != nullptr;
+}
+
 std::span<const zan_gx_table_row> Engine::gx_tables() const {
     return {static_cast<const zan_gx_table_row*>(reg_->gx_dispatch), ZAN_TABLE_ROWS};
 }

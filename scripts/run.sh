@@ -33,7 +33,8 @@ case "$job" in
     ;;
   bench)
     cmake -S . -B build -DZAN_BENCH=ON >&2
-    cmake --build build -j2 --target bench_columns zan_fe >&2
-    exec build/bench/bench_columns "$@"
+    cmake --build build -j2 --target bench_columns bench_resolve zan_fe >&2
+    build/bench/bench_columns "$@"
+    exec build/bench/bench_resolve "$@"
     ;;
 esac

@@ -39,6 +39,7 @@ const std::vector<OptionDef>& global_options() {
         {"--trace", "", "print every trace line of the front end on standard error"},
         {"--lib", "PATH", "front-end library to load (default: $ZANFE_LIBRARY, then libzanfe.so beside zanfe, "
                           "then the one of this build)"},
+        {"--db", "FILE", "configuration to walk (default: the one built into the platform)"},
         {"--fail", "POINT[:N]", "make the N-th call (default: every call) at a platform fault point fail, "
                                 "e.g. arbor_fe_ntlist_add:3; may be repeated"},
     };
@@ -116,6 +117,8 @@ Invocation parse_command_line(std::span<const std::string_view> argv, std::span<
             inv.trace = true;
         } else if (name == "--lib") {
             inv.lib = std::string(*value);
+        } else if (name == "--db") {
+            inv.db = std::string(*value);
         } else if (name == "--fail") {
             inv.faults.push_back(parse_fault(*value));
         }

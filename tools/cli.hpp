@@ -42,6 +42,7 @@ struct Invocation {
     bool help = false;
     bool trace = false;
     std::optional<std::string> lib;
+    std::optional<std::string> db;                // --db: configuration file to load
     std::vector<FaultArm> faults;
     std::string command;                          // empty with --help alone
     std::vector<std::string> args;

@@ -17,6 +17,13 @@ std::span<const Command> commands() {
         {{"columns", "[TABLE...]", "column names and type codes of the tables (default: all, in row order)",
           {{"--json", "", "one JSON object: {\"tbl_x\": [[\"column\", code], ...], ...}"}}},
          cmd_columns},
+        {{"resolve", "PATH", "resolve a path through the registered dispatcher and walk it over the configuration",
+          {{"--kind", "N", "request kind handed to the dispatcher (default 0: read, key of the last segment "
+                           "optional; 3: read one keyed row)"}}},
+         cmd_resolve},
+        {{"ls", "PATH", "candidates for the '*' or '[*]' in the last segment, one per line",
+          {{"--all", "", "give no pdc_list, so that every table offers its segment"}}},
+         cmd_ls},
     };
     return list;
 }

@@ -3,6 +3,7 @@
 // failing command prints nothing but its error line.
 #pragma once
 
+#include <memory>
 #include <span>
 #include <string>
 
@@ -14,6 +15,11 @@ namespace zanfe {
 struct Session {
     zan::engine::Engine engine;
     std::string out;
+    // Rows that requests are walked over: loaded before the command runs when --db is
+    // given, otherwise on first use from the built-in configuration.
+    std::unique_ptr<zan::db::Store> store;
+    std::optional<std::string> db;
+    const zan::db::Store& rows();
 };
 
 using CommandFn = void (*)(Session&, const Invocation&);
@@ -28,6 +34,8 @@ std::vector<CommandDef> command_defs();
 
 void cmd_tables(Session& s, const Invocation& inv);
 void cmd_columns(Session& s, const Invocation& inv);
+void cmd_resolve(Session& s, const Invocation& inv);
+void cmd_ls(Session& s, const Invocation& inv);
 
 // JSON string literal of text, quotes included.
 void append_json_string(std::string& out, std::string_view text);

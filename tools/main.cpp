@@ -37,6 +37,10 @@ int run(int argc, char** argv) {
     Session session;
     const std::string path = inv.lib ? *inv.lib : zan::engine::Engine::default_library_path();
     if (auto err = session.engine.load(path)) throw ToolError(*err);
+    // A configuration named on the command line is loaded whatever the command, so that a
+    // broken file is reported as such.
+    session.db = inv.db;
+    if (inv.db) session.rows();
 
     for (const auto& c : commands())
         if (c.def.name == inv.command) c.run(session, inv);

@@ -3,6 +3,10 @@
 
   tables.tsv     the 'tables' listing: row, table, path, key ('-' for what an empty row lacks)
   columns.json   the 'columns --json' object, tables in row order
+  root_segments.txt  'ls *': the segments of the ROOT chain, in chain order
+  all_segments.txt   'ls --all *': all segments in traverser order
+  children.tsv   per table with children: a path to one of its rows (placeholder keys), then
+                 the segments of its children in chain order, separated by tabs
 
 usage: expect_tool.py SCHEMA_DIR OUT_DIR
 """
@@ -40,6 +44,28 @@ def key(pos):
     return pos.key.name
 
 
+PLACEHOLDER = {"u_int32": "1", "int32": "1", "rsl_vstring": "x", "ip_address": "10.0.0.1"}
+
+
+def keyed_path(cat, pos):
+    """Path to a row of pos with placeholder keys; a table under itself counts once."""
+    chain, seen = [], set()
+    while pos is not None and pos.name not in seen:
+        seen.add(pos.name)
+        chain.append(pos)
+        pos = pos.parent
+    segs = []
+    for p in reversed(chain):
+        k = p.key or cat.positions[p.entrance_of].key
+        if k.kind == "compound":
+            keys = "".join(f"[{n}={PLACEHOLDER[w]}]" for n, w in k.parts)
+        else:
+            word = k.word or "u_int32"
+            keys = f"[{k.name}={PLACEHOLDER[word]}]"
+        segs.append(p.segment + keys)
+    return "/".join(segs)
+
+
 def main(schema, out):
     cat = catalogue.load(schema)
     rows, cols = [], {}
@@ -51,6 +77,13 @@ def main(schema, out):
         rows.append(f"{i}\t{name}\t{path(pos)}\t{key(pos)}")
         cols[name] = [c for r in pos.rows for c in columns(cat, r)]
     os.makedirs(out, exist_ok=True)
+    with open(os.path.join(out, "root_segments.txt"), "w", encoding="utf-8") as fh:
+        fh.write("".join(p.segment + "\n" for p in cat.dispatchers[0].chain))
+    with open(os.path.join(out, "all_segments.txt"), "w", encoding="utf-8") as fh:
+        fh.write("".join(p.segment + "\n" for p in cat.traversers()))
+    with open(os.path.join(out, "children.tsv"), "w", encoding="utf-8") as fh:
+        for d in cat.dispatchers[1:]:
+            fh.write("\t".join([keyed_path(cat, d.parent)] + [c.segment for c in d.chain]) + "\n")
     with open(os.path.join(out, "tables.tsv"), "w", encoding="utf-8") as fh:
         fh.write("\n".join(rows) + "\n")
     with open(os.path.join(out, "columns.json"), "w", encoding="utf-8") as fh:

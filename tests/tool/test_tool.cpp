@@ -14,6 +14,8 @@
 #include <tuple>
 #include <vector>
 
+#include "zan/engine.hpp"
+
 namespace {
 
 struct ToolRun {
@@ -270,9 +272,267 @@ TEST(ToolHelp, HelpListsCommandsAndOptions) {
         const ToolRun r = zanfe({h});
         EXPECT_EQ(r.status, 0);
         EXPECT_EQ(r.err, "");
-        for (const char* word : {"tables", "columns", "--json", "--trace", "--lib", "--fail"})
+        for (const char* word : {"tables", "columns", "--json", "--trace", "--lib", "--fail", "resolve", "--kind", "ls",
+                                 "--all", "--db"})
             EXPECT_NE(r.out.find(word), std::string::npos) << word;
     }
+}
+
+// ---------------------------------------------------------------- resolve, ls, --db
+
+// Whether the library of this build resolves paths yet; tests of resolution skip until then.
+bool resolution_present() {
+    static const bool present = [] {
+        zan::engine::Engine e;
+        if (e.load(zan::engine::Engine::default_library_path())) return false;
+        return e.exports("zan_config_db_zan_config_db_context_P_tbl_ntp_peer_eol_fe_path_traverse");
+    }();
+    return present;
+}
+#define NEED_RESOLUTION() \
+    if (!resolution_present()) GTEST_SKIP() << "the front end does not resolve paths yet"
+
+std::vector<std::string> expected_lines(const char* file) {
+    return split_lines(slurp(std::string(TOOL_EXPECT_DIR "/") + file));
+}
+
+std::vector<std::string> split_tabs(const std::string& line) {
+    std::vector<std::string> out;
+    size_t start = 0;
+    for (size_t tab; (tab = line.find('\t', start)) != std::string::npos; start = tab + 1)
+        out.push_back(line.substr(start, tab - start));
+    out.push_back(line.substr(start));
+    return out;
+}
+
+TEST(ToolLs, RootListingIsTheRootChainInOrder) {
+    NEED_RESOLUTION();
+    const ToolRun r = zanfe({"ls", "*"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    const auto lines = split_lines(r.out);
+    EXPECT_EQ(lines.size(), 107u);
+    EXPECT_EQ(lines, expected_lines("root_segments.txt"));
+    EXPECT_EQ(zanfe({"ls", "/*"}).out, r.out);
+}
+
+TEST(ToolLs, WithoutMarkersEveryTableOffersItsSegment) {
+    NEED_RESOLUTION();
+    const ToolRun r = zanfe({"ls", "--all", "*"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto lines = split_lines(r.out);
+    EXPECT_EQ(lines.size(), 331u);
+    EXPECT_EQ(lines, expected_lines("all_segments.txt"));
+}
+
+TEST(ToolLs, ChildrenOfEveryParentInChainOrder) {
+    NEED_RESOLUTION();
+    const auto rows = expected_lines("children.tsv");
+    ASSERT_EQ(rows.size(), 22u);
+    for (const auto& row : rows) {
+        auto fields = split_tabs(row);
+        const std::string parent = fields.front();
+        fields.erase(fields.begin());
+        const ToolRun r = zanfe({"ls", parent + "/*"});
+        EXPECT_EQ(r.status, 0) << parent << ": " << r.err;
+        EXPECT_EQ(split_lines(r.out), fields) << parent;
+    }
+    // The one that matters most to users, spelled out.
+    EXPECT_EQ(zanfe({"ls", "vrf[vrf_key_vrf_name=red]/*"}).out,
+              "vrf_rd\nvrf_ipv4_mt\nvrf_descr\nvrf_afi\nvrf_vpnid\nvrf_rt\nvrf_ipv6_mt\n");
+}
+
+TEST(ToolLs, KeyNamesAndEmptyListings) {
+    NEED_RESOLUTION();
+    EXPECT_EQ(zanfe({"ls", "ntp_peer_server[*]"}).out, "peer_server_key\n");
+    EXPECT_EQ(zanfe({"ls", "vrf[vrf_key_vrf_name=red]/vrf_afi[*]"}).out, "vrf_af_afi\n");
+    // A table without children lists nothing, and that is an answer.
+    ToolRun r = zanfe({"ls", "ntp_peer_server[peer_server_key=10.0.0.1]/*"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "");
+    // Compound keys offer no key name.
+    r = zanfe({"ls", "ip_dhcp_svr[*]"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "");
+}
+
+TEST(ToolLs, PathsThatDoNotGetToTheWildcard) {
+    NEED_RESOLUTION();
+    expect_one_line_failure(zanfe({"ls", "nope/*"}),
+                            "zanfe: path 'nope/*' does not resolve: code 3 at segment 1 'nope': "
+                            "no table takes this segment here");
+    expect_one_line_failure(zanfe({"ls", "vrf[bad=1]/*"}),
+                            "zanfe: path 'vrf[bad=1]/*' does not resolve: code 3 at segment 1 'vrf[bad=1]': "
+                            "its table does not know this key");
+    expect_one_line_failure(zanfe({"ls", "vrf/*"}),
+                            "zanfe: path 'vrf/*' does not resolve: code 0 at segment 1 'vrf': "
+                            "its key is missing or cannot be used, or its query step could not be made");
+    expect_one_line_failure(zanfe({"ls", "vrf"}), "zanfe: path 'vrf': ls wants '*' or '[*]' in the last segment");
+    expect_one_line_failure(zanfe({"ls", "*/vrf"}), "zanfe: path '*/vrf': '*' may only stand in the last segment");
+    EXPECT_EQ(zanfe({"ls", "vrf"}).status, 2);
+}
+
+TEST(ToolResolve, PrintsTraversalsSlotListsAndRows) {
+    NEED_RESOLUTION();
+    const ToolRun r = zanfe({"resolve", "vrf[vrf_key_vrf_name=red]/vrf_afi[vrf_af_afi=1]/vrf_afi_rt[vrf_mode_rt_key=x]"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto lines = split_lines(r.out);
+    ASSERT_GE(lines.size(), 11u) << r.out;
+    EXPECT_EQ(lines[0], "code 1");
+    // Path and query steps alternate; the grandchild's path step names the second entrance
+    // by its path-query identifier and the table it enters by deref_table.
+    for (int i = 1; i <= 6; ++i)
+        EXPECT_TRUE(lines[size_t(i)].starts_with("traversal " + std::to_string(i) + ": pq=" + (i % 2 ? "0" : "1")))
+            << lines[size_t(i)];
+    EXPECT_NE(lines[1].find("(tbl_ci_vrf_eol) deref_table="), std::string::npos) << lines[1];
+    EXPECT_EQ(lines[1].find("arbor_id_vec"), std::string::npos) << lines[1];
+    EXPECT_NE(lines[2].find("key_data=726564"), std::string::npos) << lines[2];   // "red"
+    EXPECT_NE(lines[2].find("(ci_vrf_eol.vrf_key_vrf_name) key_field_id="), std::string::npos) << lines[2];
+    EXPECT_NE(lines[4].find("key_data=01000000"), std::string::npos) << lines[4];   // u_int32 1
+    EXPECT_NE(lines[5].find("(tbl_ci_vrf_mode_rt_eol_b) deref_table="), std::string::npos) << lines[5];
+    EXPECT_NE(lines[5].find("(tbl_ci_vrf_mode_rt_eol) arbor_id_vec[0]="), std::string::npos) << lines[5];
+    EXPECT_NE(lines[5].find("(tbl_ci_vrf_afi_mode_eol) arbor_id_vec[1]="), std::string::npos) << lines[5];
+    EXPECT_EQ(lines[7], "slot tbl_ci_vrf_mode_rt_eol");
+    EXPECT_EQ(lines[8], "pd_list empty");
+    EXPECT_EQ(lines[9], "pdc_list inst_tbl_ci_vrf_mode_rt_eol");
+    EXPECT_TRUE(lines[10].starts_with("rows ")) << lines[10];
+}
+
+TEST(ToolResolve, KindDecidesWhetherTheLastKeyIsNeeded) {
+    NEED_RESOLUTION();
+    // Kind 0 reads without a key: a path step alone.
+    ToolRun r = zanfe({"resolve", "ntp_peer_server"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    auto lines = split_lines(r.out);
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_TRUE(lines[1].starts_with("traversal 1: pq=0")) << lines[1];
+    EXPECT_TRUE(lines[2].starts_with("slot ")) << lines[2];
+    // Kind 3 wants the key.
+    expect_one_line_failure(zanfe({"resolve", "--kind", "3", "ntp_peer_server"}),
+                            "zanfe: path 'ntp_peer_server' does not resolve: code 0 at segment 1 'ntp_peer_server': "
+                            "its key is missing or cannot be used, or its query step could not be made");
+    // Kind 6 makes no query on the last segment, not even for a wrong key.
+    r = zanfe({"resolve", "--kind=6", "ntp_peer_server[nope=1]"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(split_lines(r.out).at(2), "slot tbl_ntp_peer_eol");
+    expect_one_line_failure(zanfe({"resolve", "--kind", "x", "ntp_peer_server"}),
+                            "zanfe: --kind wants a number, not 'x'");
+}
+
+TEST(ToolResolve, FailuresNameTheSegment) {
+    NEED_RESOLUTION();
+    expect_one_line_failure(zanfe({"resolve", "vrf[vrf_key_vrf_name=red]/nope"}),
+                            "zanfe: path 'vrf[vrf_key_vrf_name=red]/nope' does not resolve: code 3 at segment 2 "
+                            "'nope': no table takes this segment here");
+    // A child before its parent has no from-table.
+    expect_one_line_failure(zanfe({"resolve", "vrf_afi[vrf_af_afi=1]"}),
+                            "zanfe: path 'vrf_afi[vrf_af_afi=1]' does not resolve: code 5 at segment 1 "
+                            "'vrf_afi[vrf_af_afi=1]': its traversal could not be built (parent missing, or out of "
+                            "memory)");
+    // A key value that does not convert: the query step stays in params without key or pq,
+    // and the stop is at its own segment, not the next.
+    expect_one_line_failure(zanfe({"resolve", "vrf[vrf_key_vrf_name=red]/vrf_afi[vrf_af_afi=abc]/vrf_afi_rt"}),
+                            "zanfe: path 'vrf[vrf_key_vrf_name=red]/vrf_afi[vrf_af_afi=abc]/vrf_afi_rt' does not "
+                            "resolve: code 5 at segment 2 'vrf_afi[vrf_af_afi=abc]': its key value does not convert "
+                            "to the key's stored form");
+    expect_one_line_failure(zanfe({"resolve", "ip_dhcp_svr[vrf_name=red][dhcp_server=abc]"}),
+                            "zanfe: path 'ip_dhcp_svr[vrf_name=red][dhcp_server=abc]' does not resolve: code 0 at "
+                            "segment 1 'ip_dhcp_svr[vrf_name=red][dhcp_server=abc]': its key value cannot be used");
+    // Traversals that cannot be made: the fifth is the third segment's path step, the fourth
+    // the second segment's query step.
+    const std::string three = "vrf[vrf_key_vrf_name=red]/vrf_afi[vrf_af_afi=1]/vrf_afi_rt[vrf_mode_rt_key=1]";
+    expect_one_line_failure(zanfe({"resolve", three, "--fail", "arbor_traverse_create:5"}),
+                            "zanfe: path '" + three + "' does not resolve: code 5 at segment 3 "
+                            "'vrf_afi_rt[vrf_mode_rt_key=1]': its traversal could not be built (parent missing, or "
+                            "out of memory)");
+    expect_one_line_failure(zanfe({"resolve", three, "--fail", "arbor_traverse_create:4"}),
+                            "zanfe: path '" + three + "' does not resolve: code 0 at segment 2 "
+                            "'vrf_afi[vrf_af_afi=1]': its key is missing or cannot be used, or its query step could "
+                            "not be made");
+    // Syntax comes first: nothing is resolved.
+    expect_one_line_failure(zanfe({"resolve", "vrf[vrf_key_vrf_name=red"}),
+                            "zanfe: path 'vrf[vrf_key_vrf_name=red': segment 1 'vrf[vrf_key_vrf_name=red': '[' "
+                            "without ']'");
+    expect_one_line_failure(zanfe({"resolve"}), "zanfe: 'resolve' takes one PATH (got 0)");
+}
+
+TEST(ToolDb, BrokenOrMissingFileIsOneLineAndNothingElse) {
+    char path[] = "/tmp/zanfe-db-XXXXXX";
+    const int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    const std::string broken = "{\"tables\": [\n";
+    ASSERT_EQ(write(fd, broken.data(), broken.size()), ssize_t(broken.size()));
+    close(fd);
+    for (const std::string& file : {std::string(path), std::string("/nonexistent/zanfe.json")}) {
+        for (const char* cmd : {"ls", "resolve"}) {
+            const ToolRun r = zanfe({"--db", file, cmd, "*"});
+            EXPECT_EQ(r.status, 1) << r.err;
+            EXPECT_EQ(r.out, "");
+            ASSERT_EQ(r.err_lines().size(), 1u) << r.err;
+            EXPECT_TRUE(r.err.starts_with("zanfe: ")) << r.err;
+            EXPECT_NE(r.err.find(file), std::string::npos) << r.err;
+        }
+    }
+    std::remove(path);
+}
+
+// A configuration file written for the test; removed when the test ends.
+struct TempFile {
+    std::string path;
+    explicit TempFile(const std::string& text) {
+        char name[] = "/tmp/zanfe-site-XXXXXX";
+        const int fd = mkstemp(name);
+        path = name;
+        if (fd < 0 || write(fd, text.data(), text.size()) != ssize_t(text.size())) ADD_FAILURE() << "temp file";
+        if (fd >= 0) close(fd);
+    }
+    ~TempFile() { std::remove(path.c_str()); }
+};
+
+std::vector<std::string> row_lines(const ToolRun& r) {
+    std::vector<std::string> rows;
+    for (const auto& line : split_lines(r.out))
+        if (line.starts_with("row")) rows.push_back(line);
+    return rows;
+}
+
+TEST(ToolDb, RowsOfAFileAreFoundByTheirKeysUnderTheirParents) {
+    NEED_RESOLUTION();
+    const TempFile site(R"({"tbl_ci_vrf_eol": [
+  {"vrf_key_vrf_name": "red", "children": {"tbl_ci_vrf_afi_mode_eol": [{"vrf_af_afi": 1}, {"vrf_af_afi": 2}]}},
+  {"vrf_key_vrf_name": "blue", "children": {"tbl_ci_vrf_afi_mode_eol": [{"vrf_af_afi": 1}]}}],
+ "tbl_ip_dhcp_svr": [{"vrf_name": "red", "dhcp_server": "10.0.0.1"}, {"vrf_name": "red", "dhcp_server": "10.0.0.2"}]})");
+    auto resolve = [&](const std::string& path) { return zanfe({"--db", site.path, "resolve", path}); };
+    const ToolRun probe = resolve("vrf");
+    if (probe.err.find("no configuration loader") != std::string::npos)
+        GTEST_SKIP() << "this build has no configuration loader";
+    ASSERT_EQ(probe.status, 0) << probe.err;
+    EXPECT_EQ(row_lines(probe), (std::vector<std::string>{"rows 2", "row tbl_ci_vrf_eol[vrf_key_vrf_name=red]",
+                                                          "row tbl_ci_vrf_eol[vrf_key_vrf_name=blue]"}));
+    // Without the last key: every row under the parent, and only those.
+    EXPECT_EQ(row_lines(resolve("vrf[vrf_key_vrf_name=red]/vrf_afi")),
+              (std::vector<std::string>{"rows 2",
+                                        "row tbl_ci_vrf_afi_mode_eol[vrf_af_afi=1] under tbl_ci_vrf_eol[vrf_key_vrf_name=red]",
+                                        "row tbl_ci_vrf_afi_mode_eol[vrf_af_afi=2] under tbl_ci_vrf_eol[vrf_key_vrf_name=red]"}));
+    // The same child key under another parent is another row.
+    EXPECT_EQ(row_lines(resolve("vrf[vrf_key_vrf_name=blue]/vrf_afi[vrf_af_afi=1]")),
+              (std::vector<std::string>{"rows 1",
+                                        "row tbl_ci_vrf_afi_mode_eol[vrf_af_afi=1] under tbl_ci_vrf_eol[vrf_key_vrf_name=blue]"}));
+    EXPECT_EQ(row_lines(resolve("vrf[vrf_key_vrf_name=blue]/vrf_afi[vrf_af_afi=2]")),
+              std::vector<std::string>{"rows 0"});
+    // Compound keys in either order.
+    const std::vector<std::string> svr{"rows 1", "row tbl_ip_dhcp_svr[vrf_name=red][dhcp_server=10.0.0.2]"};
+    EXPECT_EQ(row_lines(resolve("ip_dhcp_svr[dhcp_server=10.0.0.2][vrf_name=red]")), svr);
+    EXPECT_EQ(row_lines(resolve("ip_dhcp_svr[vrf_name=red][dhcp_server=10.0.0.2]")), svr);
+    // Without --db the built-in configuration is walked: it has peers, and not this file's vrf.
+    EXPECT_EQ(row_lines(zanfe({"resolve", "vrf[vrf_key_vrf_name='only in the test file']"})),
+              std::vector<std::string>{"rows 0"});
+    EXPECT_EQ(row_lines(resolve("vrf[vrf_key_vrf_name='only in the test file']")), std::vector<std::string>{"rows 0"});
+    const auto peers = row_lines(zanfe({"resolve", "ntp_peer_server"}));
+    ASSERT_GE(peers.size(), 2u);
+    EXPECT_NE(peers[0], "rows 0");
+    for (size_t i = 1; i < peers.size(); ++i)
+        EXPECT_TRUE(peers[i].starts_with("row tbl_ntp_peer_eol[peer_server_key=")) << peers[i];
 }
 
 }  // namespace

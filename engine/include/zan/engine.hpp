@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "zan/database.hpp"
 #include "zan/platform.hpp"
 #include "zan_fe.h"
 
@@ -54,6 +55,61 @@ struct ColumnResult {
     bool ok() const { return status == 0 && err == 0; }
 };
 
+// Request kinds this engine uses. The front end gives a kind no name; it only knows three
+// sets of numbers: {6, 13} (no query on the last segment), {3, 5, 12} (key values converted
+// with the value flag) and {0, 5, 10, 11, 12, 17} (no key needed on the last segment).
+enum : uint32_t {
+    k_kind_read = 0,       // read; the last segment may leave its key out (all rows of the table)
+    k_kind_read_row = 3,   // read one row: every segment, the last too, must carry its key
+};
+
+// One request to the registered dispatcher.
+struct Request {
+    std::vector<zan::plat::SegmentSpec> segments;   // segment 0 (the engine's own) is added
+    uint32_t kind = k_kind_read;
+    bool with_pd_list = true;    // false: pd_list is NULL
+    bool with_pdc_list = true;   // false: pdc_list is NULL
+    uint64_t gx_ctx = 0;
+};
+
+// What the dispatcher answered and left behind.
+struct Response {
+    int32_t code = -1;
+    std::vector<zan::plat::TraversalView> traversals;   // in params, in order
+    const void* slot = nullptr;                         // the table vector left in the slot cell
+    std::optional<std::vector<std::string>> pd_list;    // nullopt: the list was not given
+    std::optional<std::vector<std::string>> pdc_list;
+    size_t path_steps() const;                          // traversals with pq set to 0
+};
+
+// Where a request that did not resolve stopped: the segment (from 1) and why, in words.
+struct Stop {
+    size_t segment = 0;
+    std::string reason;
+};
+// nullopt for code 1.
+std::optional<Stop> stop_of(const Response& r, size_t segment_count);
+
+// The table whose field vector a slot cell holds (nullptr: empty cell or unknown vector).
+const zan::db::TableInfo* table_of_vector(const void* vft);
+
+// The rows a list of traversals selects in a store. Path step: the rows of the table of its
+// deref_table; for a child step (arbor_id_vec[0] names the parent table) only those under a
+// row selected by the step before. Query step: of those, the rows whose stored key equals
+// key_data. A path step not followed by a query step keeps all its rows. A step without pq
+// (a query step whose key failed), a query step before any path step of its table, or a
+// child step after another table's step is an error: no rows.
+struct Walk {
+    std::vector<const zan::db::Row*> rows;
+    const zan::db::TableInfo* table = nullptr;       // table of the last step
+    const zan::db::TableInfo* position = nullptr;    // position of the last path step
+    std::optional<std::string> error;                // traversals that make no walk
+};
+Walk walk(const zan::db::Store& store, const std::vector<zan::plat::TraversalView>& traversals);
+
+// "name=value" for each key part of a row (single and singleton keys: one).
+std::vector<std::pair<std::string, std::string>> row_key_parts(const zan::db::Row& row);
+
 // Word of a column type code ("u_int32", "enum", ...); empty for a code we do not know.
 std::string_view type_code_word(uint32_t code);
 
@@ -75,6 +131,9 @@ public:
     bool loaded() const { return reg_.has_value(); }
     const std::string& library_path() const { return path_; }
     const zan::plat::Registration& registration() const { return *reg_; }  // only once loaded
+    // Whether the loaded library exports a symbol (for checks of what a build contains;
+    // requests never go through it).
+    bool exports(const char* symbol) const;
 
     // Table arrays, all rows including the empty ones, in row order.
     int table_row_count() const { return ZAN_TABLE_ROWS; }
@@ -95,6 +154,10 @@ public:
 
     // The registered path and query dispatcher (requests are built on it).
     zan_path_query_dispatch_fn dispatcher() const { return reg_->dispatch; }
+
+    // Builds the path and both name lists, calls the registered dispatcher once and
+    // collects what it left. Every object of the request is released before returning.
+    Response request(const Request& req) const;
 
 private:
     std::span<const zan_gx_table_row> gx_tables() const;

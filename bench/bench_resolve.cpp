@@ -1,0 +1,106 @@
+// Path resolution through the registered dispatcher: what one request costs at the head and
+// the tail of the root chain, one and two levels down, and for a segment nobody takes.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "zan/database.hpp"
+#include "zan/engine.hpp"
+#include "zan/platform.hpp"
+
+namespace {
+
+using Keys = std::vector<std::pair<std::string, std::string>>;
+
+const zan::engine::Engine& engine() {
+    static zan::engine::Engine* e = [] {
+        auto* fresh = new zan::engine::Engine;
+        if (auto err = fresh->load(zan::engine::Engine::default_library_path())) {
+            std::fprintf(stderr, "bench_resolve: %s\n", err->c_str());
+            std::exit(1);
+        }
+        return fresh;
+    }();
+    return *e;
+}
+
+// A keyed segment of a position: its segment and key name as the database's table
+// information has them.
+zan::plat::SegmentSpec keyed(const char* position, const char* value) {
+    const auto* t = zan::db::table_info(position);
+    if (t == nullptr) {
+        std::fprintf(stderr, "bench_resolve: no position %s\n", position);
+        std::exit(1);
+    }
+    return {std::string(t->segment), Keys{{std::string(t->key_name), value}}};
+}
+
+// Calls the dispatcher on one path per iteration, with fresh params and emptied lists as a
+// request of the engine has them, and reports the time per segment besides.
+void run(benchmark::State& state, const std::vector<zan::plat::SegmentSpec>& path, int32_t want) {
+    const auto dispatch = engine().dispatcher();
+    gx_do_uri* uri = zan::plat::uri_new(path);
+    gx_do_nlist* pd = gx_do_nlist_new();
+    gx_do_nlist* pdc = gx_do_nlist_new();
+    int ctx = 0;
+    const long allocs_before = zan::plat::alloc_count();
+    for (auto _ : state) {
+        arbor_params_t* params = zan::plat::params_new();
+        const void* slot = nullptr;
+        const int32_t code = dispatch(&ctx, 0, 0, uri, pd, pdc, params, 0, zan::engine::k_kind_read_row, &slot);
+        if (code != want) {
+            state.SkipWithError(("code " + std::to_string(code) + ", want " + std::to_string(want)).c_str());
+            zan::plat::params_free(params);
+            break;
+        }
+        benchmark::DoNotOptimize(slot);
+        zan::plat::params_free(params);
+        gx_do_nlist_clear(pdc);
+    }
+    const double allocs = double(zan::plat::alloc_count() - allocs_before);
+    state.counters["segments"] = double(path.size());
+    state.counters["per_segment"] =
+        benchmark::Counter(double(path.size()), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["allocs"] = benchmark::Counter(allocs, benchmark::Counter::kAvgIterations);
+    gx_do_nlist_deref(pd);
+    gx_do_nlist_deref(pdc);
+    zan::plat::uri_deref(uri);
+}
+
+// First table of the root chain.
+void BM_ResolveRootHead(benchmark::State& state) {
+    run(state, {keyed("tbl_cfg_ip_dhcp_relay_bootp_ignore_eol", "1")}, 1);
+}
+BENCHMARK(BM_ResolveRootHead);
+
+// Last table of the root chain: 106 traversers answer 3 first.
+void BM_ResolveRootTail(benchmark::State& state) {
+    run(state, {keyed("tbl_cfg_veil_parameter_map", "pmap")}, 1);
+}
+BENCHMARK(BM_ResolveRootTail);
+
+// A root table's row and one of its children.
+void BM_ResolveChild(benchmark::State& state) {
+    run(state, {keyed("tbl_ci_vrf_eol", "red"), keyed("tbl_ci_vrf_mode_rd_eol", "1")}, 1);
+}
+BENCHMARK(BM_ResolveChild);
+
+// Three keyed segments down to a second entrance.
+void BM_ResolveGrandchild(benchmark::State& state) {
+    run(state,
+        {keyed("tbl_ci_vrf_eol", "red"), keyed("tbl_ci_vrf_afi_mode_eol", "1"),
+         keyed("tbl_ci_vrf_mode_rt_eol_b", "65000:1")},
+        1);
+}
+BENCHMARK(BM_ResolveGrandchild);
+
+// A segment that no table takes: all 23 dispatchers, all 331 traversers, and no memory.
+void BM_ResolveMiss(benchmark::State& state) {
+    const long before = zan::plat::alloc_count();
+    run(state, {{"no_such_segment", Keys{{"singleton_id", "1"}}}}, 3);
+    if (zan::plat::alloc_count() != before) state.SkipWithError("a miss allocated memory");
+}
+BENCHMARK(BM_ResolveMiss);
+
+}  // namespace
