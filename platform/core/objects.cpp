@@ -13,9 +13,16 @@ using zan::plat::Value;
 using zan::plat::ValueList;
 using namespace zan::plat::detail;
 
+// An entry of a name list. Engines may hand in names that carry no text at all; the
+// front end has to stop at such a name, so the list can hold one.
+struct NameEntry {
+    std::string text;
+    bool has_text = true;
+};
+
 struct gx_do_nlist {
     int32_t refs = 1;
-    std::vector<std::string> names;
+    std::vector<NameEntry> names;
 };
 
 struct gx_do_vlist {
@@ -174,7 +181,8 @@ gx_do_nvlist* gx_do_uri_segment_get_keys(gx_do_uri_segment* segment) { return se
 // ------------------------------------------------------------------ names
 // A name is an entry of its list; the list's strings stand behind the references.
 const char* gx_do_name_get_strname(gx_do_name* name) {
-    return name ? reinterpret_cast<const std::string*>(name)->c_str() : nullptr;
+    const auto* e = reinterpret_cast<const NameEntry*>(name);
+    return e && e->has_text ? e->text.c_str() : nullptr;
 }
 
 gx_do_nlist* gx_do_nlist_new(void) {
@@ -191,7 +199,7 @@ void gx_do_nlist_clear(gx_do_nlist* list) {
 
 int32_t gx_do_nlist_add_string(gx_do_nlist* list, const char* text) {
     if (!list || !text || hit(fp_nlist_add_string)) return 0;
-    list->names.emplace_back(text);
+    list->names.push_back(NameEntry{text, true});
     return 1;
 }
 
@@ -220,7 +228,7 @@ gx_do_name* gx_do_nlist_get_next(gx_do_iter* it) {
     IterState st;
     const gx_do_nlist* l;
     if (!iter_peek(it, it_nlist, st, l) || st.pos >= l->names.size()) return nullptr;
-    auto* name = reinterpret_cast<gx_do_name*>(const_cast<std::string*>(&l->names[st.pos]));
+    auto* name = reinterpret_cast<gx_do_name*>(const_cast<NameEntry*>(&l->names[st.pos]));
     ++st.pos;
     std::memcpy(it->state, &st, sizeof st);
     return name;
@@ -343,7 +351,7 @@ void arbor_nvlist_from_nlist_vlist(gx_do_nvlist* nvlist, gx_do_nlist* nlist, gx_
     if (!nvlist || !nlist || !vlist) return;
     size_t n = std::min(nlist->names.size(), vlist->values.size());
     nvlist->items.reserve(nvlist->items.size() + n);
-    for (size_t i = 0; i < n; ++i) nvlist->items.push_back(NamedValue{nlist->names[i], vlist->values[i]});
+    for (size_t i = 0; i < n; ++i) nvlist->items.push_back(NamedValue{nlist->names[i].text, vlist->values[i]});
 }
 
 // ------------------------------------------------------------------ string buffers
@@ -454,7 +462,16 @@ int32_t properties_set(gx_do_properties* props, std::string_view name, Value v) 
     return 0;
 }
 
-std::vector<std::string> nlist_names(gx_do_nlist* list) { return list ? list->names : std::vector<std::string>{}; }
+std::vector<std::string> nlist_names(gx_do_nlist* list) {
+    std::vector<std::string> out;
+    if (list)
+        for (const auto& e : list->names) out.push_back(e.text);
+    return out;
+}
+
+void nlist_add_textless(gx_do_nlist* list) {
+    if (list) list->names.push_back(NameEntry{{}, false});
+}
 
 ValueList vlist_values(gx_do_vlist* list) { return list ? list->values : ValueList{}; }
 

@@ -351,7 +351,25 @@ TEST_F(Resolve, TheMarkerScanRemovesEveryExactOccurrenceAndClosesTheGateOtherwis
 }
 
 TEST_F(Resolve, ANameWithoutTextBeforeTheMarkerEndsTheScan) {
-    GTEST_SKIP() << "the reference platform's name lists hold only names with text";
+    using disp = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_uri_segment*, gx_do_nlist*, gx_do_nlist*,
+                             arbor_params_t*, uint64_t, uint32_t, const void**, uint32_t);
+    auto root = fn<disp>(("fe_" + k_ctx + "_ROOT_path_query_dispatch").c_str());
+    gx_do_uri* uri = zan::plat::uri_new({bare("*")});
+    gx_do_uri_segment* star = gx_do_uri_get_segment(uri, 1);
+    reset();
+    zan::plat::nlist_add_textless(pdc);
+    gx_do_nlist_add_string(pdc, "ROOT");
+    EXPECT_EQ(root(nullptr, 3, 0, star, pd, pdc, params, 0, 0, &slot, 0), 3);
+    EXPECT_TRUE(pd_names().empty()) << "the scan stopped before the marker, so the gate is closed";
+    EXPECT_EQ(pdc_names(), (std::vector<std::string>{"", "ROOT"})) << "nothing was removed";
+    // The same marker before the textless name is found and taken out.
+    reset();
+    gx_do_nlist_add_string(pdc, "ROOT");
+    zan::plat::nlist_add_textless(pdc);
+    EXPECT_EQ(root(nullptr, 3, 0, star, pd, pdc, params, 0, 0, &slot, 0), 3);
+    EXPECT_EQ(pd_names().size(), 107u);
+    EXPECT_EQ(pdc_names(), std::vector<std::string>{""});
+    zan::plat::uri_deref(uri);
 }
 
 TEST_F(Resolve, ChildrenAreRecognisedWithoutTheirParentsMarker) {

@@ -81,6 +81,9 @@ void properties_deref(gx_do_properties* props);
 std::vector<NamedValue> properties_items(gx_do_properties* props);   // in insertion order
 const Value* properties_get(gx_do_properties* props, std::string_view name);   // nullptr: not set
 
+// Appends a name that carries no text (gx_do_name_get_strname gives NULL for it), as some
+// engines hand in; nlist_names shows it as an empty string.
+void nlist_add_textless(gx_do_nlist* list);
 std::vector<std::string> nlist_names(gx_do_nlist* list);
 ValueList vlist_values(gx_do_vlist* list);
 NameValueList nvlist_items(gx_do_nvlist* list);
