@@ -45,6 +45,8 @@ size_t Response::path_steps() const {
                                              [](const zan::plat::TraversalView& t) { return t.pq_set && t.pq == 0; }));
 }
 
+rsl_ctx_t Engine::context() { return &g_request_context; }
+
 Response Engine::request(const Request& req) const {
     Response out;
     if (!loaded()) return out;

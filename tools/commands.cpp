@@ -24,6 +24,14 @@ std::span<const Command> commands() {
         {{"ls", "PATH", "candidates for the '*' or '[*]' in the last segment, one per line",
           {{"--all", "", "give no pdc_list, so that every table offers its segment"}}},
          cmd_ls},
+        {{"get", "PATH", "render the row at PATH (key on the last segment) or every row below it through the "
+                         "table's registered to_properties: \"name = value\" in delivery order",
+          {{"--json", "", "one JSON object per row (attribute -> value); several rows as an array"},
+           {"--with-state", "", "render with state: each attribute's is-default mark and presence"}}},
+         cmd_get},
+        {{"dump", "", "every row of the configuration, each reached by its own path and rendered",
+          {{"--json", "", "one JSON object mapping each row's path to its attributes"}}},
+         cmd_dump},
     };
     return list;
 }

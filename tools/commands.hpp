@@ -36,6 +36,8 @@ void cmd_tables(Session& s, const Invocation& inv);
 void cmd_columns(Session& s, const Invocation& inv);
 void cmd_resolve(Session& s, const Invocation& inv);
 void cmd_ls(Session& s, const Invocation& inv);
+void cmd_get(Session& s, const Invocation& inv);
+void cmd_dump(Session& s, const Invocation& inv);
 
 // JSON string literal of text, quotes included.
 void append_json_string(std::string& out, std::string_view text);

@@ -12,7 +12,9 @@ namespace zanfe {
 // The rows of the file, or of the configuration built into the platform when no file is
 // given. A file that cannot be read or does not load throws ToolError with one line, and
 // nothing of it is kept.
-std::unique_ptr<zan::db::Store> load_configuration(const std::optional<std::string>& file);
+// *default_variant receives the file's "@default_variant", if it names one.
+std::unique_ptr<zan::db::Store> load_configuration(const std::optional<std::string>& file,
+                                                   std::optional<int32_t>* default_variant = nullptr);
 
 // Whether this build carries a configuration loader (and a built-in configuration).
 bool have_configuration_loader();

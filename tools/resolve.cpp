@@ -12,7 +12,12 @@ using zan::engine::Request;
 using zan::engine::Response;
 
 const zan::db::Store& Session::rows() {
-    if (!store) store = load_configuration(db);
+    if (!store) {
+        std::optional<int32_t> variant;
+        store = load_configuration(db, &variant);
+        // Renderings compare against defaults only as the file's default variant allows.
+        if (variant) zan::db::set_default_variant(engine.context(), *variant);
+    }
     return *store;
 }
 

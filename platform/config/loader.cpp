@@ -106,6 +106,14 @@ public:
         if (!doc.is_object()) fault({}, "expected an object of tables, got " + got(doc));
         for (const auto& [name, rows] : doc.items()) {
             Place at{name};
+            if (name == "@default_variant") {
+                if (!rows.is_number_integer()) fault(at, "expected an integer, got " + got(rows));
+                if (rows.is_number_unsigned() ? rows.get<uint64_t>() > uint64_t(std::numeric_limits<int32_t>::max())
+                                              : rows.get<int64_t>() < std::numeric_limits<int32_t>::min())
+                    fault(at, rows.dump() + " is out of range for a variant");
+                default_variant = static_cast<int32_t>(rows.get<int64_t>());
+                continue;
+            }
             const TableInfo* pos = db::table_info(name);
             if (!pos || !name.starts_with("tbl_")) fault(at, "unknown table");
             const TableInfo* top = nullptr;
@@ -116,6 +124,8 @@ public:
             table_rows(*top, rows, nullptr, at);
         }
     }
+
+    std::optional<int32_t> default_variant;   // "@default_variant" at the top level
 
 private:
     db::Store& store_;
@@ -421,12 +431,16 @@ std::string where_in_text(std::string_view text, size_t byte) {
 
 }  // namespace
 
-std::string load_into(db::Store& store, std::string_view text, std::string_view origin) {
+std::string load_into(db::Store& store, std::string_view text, std::string_view origin,
+                      std::optional<int32_t>* default_variant) {
     std::string o(origin);
     db::Store fresh;
+    std::optional<int32_t> variant;
     try {
         json doc = parse(text);
-        Loader(fresh).document(doc);
+        Loader loader(fresh);
+        loader.document(doc);
+        variant = loader.default_variant;
     } catch (const Fault& f) {
         return o + ": " + place_text(f.place) + ": " + f.what;
     } catch (const json::parse_error& e) {
@@ -441,13 +455,14 @@ std::string load_into(db::Store& store, std::string_view text, std::string_view 
         return o + ": " + one_line(e.what());
     }
     store.swap(fresh);
+    if (default_variant) *default_variant = variant;
     return {};
 }
 
 LoadResult load_text(std::string_view text, std::string_view origin) {
     LoadResult r;
     auto store = std::make_unique<db::Store>();
-    r.error = load_into(*store, text, origin);
+    r.error = load_into(*store, text, origin, &r.default_variant);
     if (r.error.empty()) r.store = std::move(store);
     return r;
 }

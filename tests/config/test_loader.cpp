@@ -431,3 +431,25 @@ TEST_F(Config, FilesAreReadOrRefusedByName) {
     EXPECT_FALSE(missing);
     EXPECT_EQ(missing.error, path + ": cannot read: No such file or directory");
 }
+
+// "@default_variant" is handed back (not applied); it must be a 32-bit integer, and a
+// failed load hands back nothing.
+TEST_F(Config, DefaultVariantIsReadFromTheTopLevel) {
+    cfg::LoadResult r = cfg::load_text(R"({ "@default_variant": -1, "tbl_ntp_source_eol": [ { "singleton_id": 1 } ] })", "v.json");
+    ASSERT_TRUE(r) << r.error;
+    EXPECT_EQ(r.default_variant, std::optional<int32_t>(-1));
+    EXPECT_EQ(r.store->size(), 1u);
+    EXPECT_EQ(cfg::load_text(R"({ "tbl_ntp_source_eol": [] })", "v.json").default_variant, std::nullopt);
+
+    for (const char* bad : {R"({ "@default_variant": "2" })", R"({ "@default_variant": 2147483648 })",
+                            R"({ "@default_variant": -2147483649 })", R"({ "@default_variant": 1.5 })"}) {
+        cfg::LoadResult f = cfg::load_text(bad, "v.json");
+        EXPECT_FALSE(f) << bad;
+        EXPECT_NE(f.error.find("v.json: \"@default_variant\": "), std::string::npos) << f.error;
+        EXPECT_EQ(f.default_variant, std::nullopt);
+    }
+    Store store;
+    std::optional<int32_t> v = 9;
+    ASSERT_EQ(cfg::load_into(store, R"({ "@default_variant": 2147483647 })", "w.json", &v), "");
+    EXPECT_EQ(v, std::optional<int32_t>(INT32_MAX));
+}

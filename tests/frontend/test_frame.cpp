@@ -109,7 +109,7 @@ TEST_F(Arrays, TableRowsHoldTheDatabaseNamesInItsNumbering) {
         const zan_gx_table_row& g = tables[t.row];
         EXPECT_EQ(g.kind, uint32_t(ZAN_KIND_TABLE));
         // Operations of the row families that are not there yet.
-        EXPECT_EQ(g.to_properties, nullptr);
+        EXPECT_EQ(g.to_properties == nullptr, t.name.empty());
         EXPECT_EQ(g.to_vlist, nullptr);
         EXPECT_EQ(g.to_nvlist, nullptr);
         if (t.name.empty()) {
@@ -141,7 +141,13 @@ TEST_F(Arrays, TypeRowsHoldNamesAndKindsByCategoryInSlotOrder) {
         const auto& v = type_vlist[t.row];
         EXPECT_EQ(p.kind, t.kind_props) << t.name;
         EXPECT_EQ(v.kind, t.kind_vlist) << t.name;
-        EXPECT_EQ(p.to_properties, nullptr);   // the rendering families are not there yet
+        // Records holding a sequence wait for the family that renders their elements.
+        const bool waits = t.name == "om_node" || t.name == "layer_head" || t.name == "ack_timer_head";
+        EXPECT_EQ(p.to_properties == nullptr, t.name.empty() || waits) << t.name;
+        if (t.category == "library" || t.name == "rsl_boolean") {
+            EXPECT_EQ(reinterpret_cast<void*>(p.to_properties), process_symbol(t.name + "_to_properties_perf"))
+                << t.name;
+        }
         EXPECT_EQ(v.to_vlist_all, nullptr);
         ++census[{p.kind, v.kind}];
         if (t.name.empty()) {

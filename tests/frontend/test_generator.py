@@ -29,7 +29,7 @@ class FixtureOutput(unittest.TestCase):
     def test_one_column_file_per_domain_with_records_or_tables_and_a_header_on_each(self):
         self.assertEqual(sorted(self.files), [
             "fe_arrays.cpp", "fe_catalogue.hpp", "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp",
-            "fe_ntlist_messages.cpp", "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
+            "fe_ntlist_messages.cpp", "fe_props_base.cpp", "fe_props_dom.cpp", "fe_props_messages.cpp", "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
             "fe_resolve_messages.cpp", "zanfe.map"])
         for name, text in self.files.items():
             self.assertRegex(text.splitlines()[0], r"generated from schema/\S+.* do not edit", name)
@@ -79,6 +79,35 @@ class FixtureOutput(unittest.TestCase):
         self.assertEqual(set(names), expected)
         self.assertEqual(len(names), len(expected))
         self.assertRegex(script, r"local:\s*\*;")
+
+    def test_property_descriptors_name_accessors_arms_defaults_and_null_renderings(self):
+        text = self.files["fe_props_base.cpp"] + self.files["fe_props_dom.cpp"]
+        # Arms carry their number, the discriminator accessor and both renderings of the arm type.
+        self.assertRegex(text, r'\{"compound_7\.", 11, Kind::arm, Default::none, 1, \{\.one = &top_u_compound_7_get\}.*'
+                               r'&top_u_descriminator_get_value, .*&arm_a_to_properties, &arm_a_to_null_properties')
+        self.assertIn('"descriminator", 13, Kind::discriminator, Default::arm_one', text)
+        self.assertIn('"x", 1, Kind::leaf, Default::zero', text)
+        self.assertIn("Kind::counted_array", text)
+        # Null renderings: the arm types (normal) and the extension (lenient); the union holding
+        # the arms has none of its own, nobody nulls it.
+        for name in ("arm_a", "arm_b", "v1_top_ext"):
+            self.assertIn(f"int32_t {name}_to_null_properties(rsl_ctx_t c", text)
+        self.assertNotIn("int32_t top_u_to_null_properties(rsl_ctx_t c", text)
+        self.assertRegex(text, r"constexpr Type r_v1_top_ext\{f_v1_top_ext, 1, nullptr, 0, false, true")
+        # The base record reads no variant; every record has its plain form.
+        self.assertRegex(text, r"constexpr Type r_if_handle\{f_if_handle, 1, nullptr, 0, false, false")
+        for r in self.cat.records:
+            self.assertIn(f"int32_t {r}_to_properties_plain(", text)
+        messages = self.files["fe_props_messages.cpp"]
+        self.assertIn('"top_u to_properties: arm_a_to_properties failed for descriminator_compound_7"', messages)
+        self.assertIn('"top_u to_null_properties: arm_a_to_null_properties failed for top_u"', messages)
+        self.assertIn('"top version < 1 Rendering extension v1_top_ext as null.."', messages)
+
+    def test_type_rows_hold_the_rendering_and_tables_their_slot_two(self):
+        arrays = self.files["fe_arrays.cpp"]
+        self.assertRegex(arrays, r"\{type_top_name, 1 /\* record \*/, &top_to_properties\}")
+        self.assertRegex(arrays, r"\{enum_colour_name, 3 /\* enum \*/, &colour_to_properties_perf\}")
+        self.assertRegex(arrays, r"\{table_tbl_top_name, 5 /\* table \*/, &tbl_top_to_properties, ")
 
 
 class Resolution(unittest.TestCase):

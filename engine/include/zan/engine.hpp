@@ -152,6 +152,9 @@ public:
     // answers status -1 and no columns without calling anything.
     ColumnResult columns(const TableRow& table) const;
 
+    // The context every call of this engine hands the front end (requests and renderings).
+    static rsl_ctx_t context();
+
     // The registered path and query dispatcher (requests are built on it).
     zan_path_query_dispatch_fn dispatcher() const { return reg_->dispatch; }
 

@@ -11,7 +11,9 @@
 //   site.json: tbl_ci_vrf_eol[1].children.tbl_ci_vrf_afi_mode_eol[0]."vrf_af_afi": expected an integer, got string
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,6 +24,9 @@ namespace zan::config {
 struct LoadResult {
     std::unique_ptr<db::Store> store;   // set on success
     std::string error;                  // one line, set on failure
+    // The top-level member "@default_variant": the default variant the file asks for. The
+    // loader applies it to no context; whoever serves the rows does (db::set_default_variant).
+    std::optional<int32_t> default_variant;
     explicit operator bool() const { return store != nullptr; }
 };
 
@@ -32,7 +37,9 @@ LoadResult load_default();
 
 // Loads into an existing store, replacing its rows only when the whole text loads.
 // Answers the empty string on success, else the error line (and the store is untouched).
-std::string load_into(db::Store& store, std::string_view text, std::string_view origin);
+// On success *default_variant (when given) receives the file's "@default_variant".
+std::string load_into(db::Store& store, std::string_view text, std::string_view origin,
+                      std::optional<int32_t>* default_variant = nullptr);
 
 // The configuration built into the library (config/default.json at build time).
 std::string_view default_text();

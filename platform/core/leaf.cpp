@@ -1,0 +1,225 @@
+// Leaf conversions: one value into a properties object or a value list. The rules they
+// share are in zan/leaf.h.
+#include "zan/leaf.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+#include "zan/database.hpp"
+#include "zan/platform.hpp"
+
+namespace {
+
+using zan::plat::Value;
+
+constexpr uint32_t k_einval = EINVAL;
+
+bool word_set(const uint32_t* err) { return err && *err != 0; }
+
+void raise(uint32_t* err, uint32_t code) {
+    if (err && *err == 0) *err = code;
+}
+
+Value null_value(std::string_view leaf, int32_t is_default) {
+    Value v;
+    v.leaf = leaf;
+    v.is_default = is_default != 0;
+    return v;
+}
+
+// The handle's value, if it is one of `leaf` (or of any word when `leaf` is empty).
+std::optional<Value> read(const void* handle, std::string_view leaf, uint32_t* err) {
+    auto v = zan::db::value_of(handle);
+    if (!v || (!leaf.empty() && v->leaf != leaf)) {
+        raise(err, k_einval);
+        return std::nullopt;
+    }
+    return v;
+}
+
+int32_t set(const char* name, gx_do_properties* props, Value v) {
+    if (!name) return k_einval;
+    return zan::plat::properties_set(props, name, std::move(v));
+}
+
+int32_t full(std::string_view leaf, const char* name, gx_do_properties* props, int32_t is_default, int32_t present,
+             const void* handle, uint32_t* err) {
+    if (word_set(err)) return 0;
+    if (!present) return set(name, props, null_value(leaf, is_default));
+    auto v = read(handle, leaf, err);
+    if (!v) return 0;
+    v->is_default = is_default != 0;
+    return set(name, props, std::move(*v));
+}
+
+// Row form of a library type without a full form: whatever value the handle holds, under
+// the type's name.
+int32_t perf_any(std::string_view type, const char* prefix, gx_do_properties* props, const void* handle,
+                 uint32_t* err) {
+    if (word_set(err)) return 0;
+    auto v = read(handle, {}, err);
+    if (!v) return 0;
+    v->leaf = type;
+    v->is_default = false;
+    return set(prefix, props, std::move(*v));
+}
+
+int32_t to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, int32_t present,
+                 const void* handle, uint32_t* err) {
+    if (word_set(err)) return 0;
+    if (!present) return zan::plat::vlist_add(vlist, null_value(leaf, is_default));
+    auto v = read(handle, leaf, err);
+    if (!v) return -1;
+    v->is_default = is_default != 0;
+    return zan::plat::vlist_add(vlist, std::move(*v));
+}
+
+}  // namespace
+
+extern "C" {
+
+#define LEAF_FULL(leaf)                                                                                     \
+    int32_t leaf##_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props,        \
+                                 int32_t is_default, int32_t present, const void* value, uint32_t* err) {    \
+        return full(#leaf, name, props, is_default, present, value, err);                                   \
+    }
+LEAF_FULL(int32)
+LEAF_FULL(u_int32)
+LEAF_FULL(rsl_vstring)
+LEAF_FULL(ip_address)
+LEAF_FULL(rsl_mac_addr)
+LEAF_FULL(u_int8)
+LEAF_FULL(u_int64)
+LEAF_FULL(u_int16)
+LEAF_FULL(rsl_boolean)
+LEAF_FULL(int16)
+#undef LEAF_FULL
+
+int32_t var_string_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props,
+                                 int32_t is_default, int32_t present, const char* chars, uint32_t* err) {
+    if (word_set(err)) return 0;
+    Value v = null_value("var_string", is_default);
+    if (present) {
+        if (!chars) {
+            raise(err, k_einval);
+            return 0;
+        }
+        v.v = std::string(chars);
+    }
+    return set(name, props, std::move(v));
+}
+
+int32_t enum_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props, int32_t is_default,
+                           int32_t present, const char* text, uint32_t* err) {
+    if (word_set(err)) return 0;
+    Value v = null_value("enum", is_default);
+    if (present) {
+        if (!text) {
+            raise(err, k_einval);
+            return 0;
+        }
+        v.v = zan::plat::EnumText{text};
+    }
+    return set(name, props, std::move(v));
+}
+
+int32_t bits_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props, int32_t is_default,
+                           int32_t present, gx_do_vlist* names, uint32_t* err) {
+    if (word_set(err)) return 0;
+    Value v = null_value("bits", is_default);
+    if (present) {
+        if (!names) {
+            raise(err, k_einval);
+            return 0;
+        }
+        v.v = zan::plat::vlist_values(names);
+    }
+    return set(name, props, std::move(v));
+}
+
+#define PERF_VIA(type)                                                                                        \
+    int32_t type##_to_properties_perf(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, gx_do_properties* props, \
+                                      const void* handle, int32_t, uint32_t* err) {                           \
+        return type##_to_properties(ctx, id, prefix, props, 0, 1, handle, err);                               \
+    }
+#define PERF_ANY(type)                                                                                        \
+    int32_t type##_to_properties_perf(rsl_ctx_t, rsl_ctx_id_t, const char* prefix, gx_do_properties* props,   \
+                                      const void* handle, int32_t, uint32_t* err) {                           \
+        return perf_any(#type, prefix, props, handle, err);                                                   \
+    }
+PERF_ANY(calendar_time)
+PERF_ANY(dcx_bytestr)
+PERF_VIA(ip_address)
+PERF_ANY(ip_prefix)
+PERF_ANY(ipv4_addr)
+PERF_ANY(ipv4_maddr)
+PERF_ANY(ipv6_addr)
+PERF_ANY(ipv6_maddr)
+PERF_ANY(rsl_aes_password_vstring)
+PERF_ANY(rsl_aes_vstring)
+PERF_VIA(rsl_mac_addr)
+PERF_ANY(rsl_password_vstring)
+PERF_ANY(rsl_phys_addr)
+PERF_ANY(rsl_username_vstring)
+PERF_VIA(rsl_vstring)
+PERF_ANY(timestamp)
+PERF_VIA(rsl_boolean)
+PERF_ANY(char)
+PERF_ANY(counter64)
+PERF_ANY(double)
+PERF_ANY(float)
+PERF_VIA(int16)
+PERF_VIA(int32)
+PERF_ANY(int64)
+PERF_ANY(int8)
+PERF_VIA(u_int16)
+PERF_VIA(u_int32)
+PERF_VIA(u_int64)
+PERF_VIA(u_int8)
+#undef PERF_VIA
+#undef PERF_ANY
+
+int32_t ip_address_is_default(rsl_ctx_t, rsl_ctx_id_t, const void* handle, const char* text, uint32_t* err) {
+    if (word_set(err)) return 0;
+    auto v = read(handle, "ip_address", err);
+    if (!v || !text) return 0;
+    auto want = zan::plat::parse_ip(text);
+    return want && std::get<zan::plat::Ip>(v->v) == *want ? 1 : 0;
+}
+
+int32_t rsl_vstring_is_default(rsl_ctx_t, rsl_ctx_id_t, const void* handle, const char* text, uint32_t* err) {
+    if (word_set(err)) return 0;
+    auto v = read(handle, "rsl_vstring", err);
+    if (!v || !text) return 0;
+    return std::get<std::string>(v->v) == text ? 1 : 0;
+}
+
+int32_t u_int8_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
+                        const void* handle, uint32_t* err) {
+    return to_vlist("u_int8", vlist, is_default, present, handle, err);
+}
+int32_t u_int16_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
+                         const void* handle, uint32_t* err) {
+    return to_vlist("u_int16", vlist, is_default, present, handle, err);
+}
+int32_t u_int32_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
+                         const void* handle, uint32_t* err) {
+    return to_vlist("u_int32", vlist, is_default, present, handle, err);
+}
+
+int32_t enum_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
+                      const char* text, uint32_t* err) {
+    if (word_set(err)) return 0;
+    Value v = null_value("enum", is_default);
+    if (present) {
+        if (!text) {
+            raise(err, k_einval);
+            return -1;
+        }
+        v.v = zan::plat::EnumText{text};
+    }
+    return zan::plat::vlist_add(vlist, std::move(v));
+}
+
+}  // extern "C"

@@ -1,0 +1,336 @@
+// Rendering to properties: one template for the record and union types, one for their null
+// renderings, one each for enumerations, flag sets and a table's slot 2. Every attribute is
+// named by the dotted path of field texts from the top record down to it.
+#include "to_properties.hpp"
+
+#include <cstdlib>
+#include <cstring>
+#include <span>
+
+namespace zan::fe::props {
+namespace {
+
+constexpr size_t k_name_max = 256;
+constexpr size_t k_buffer_size = k_name_max + 1;
+constexpr int32_t k_fail = 3;
+constexpr int32_t k_no_memory = 10002;
+
+const lt_unit k_unit{"to_properties", gen::k_to_properties_format_count, gen::to_properties_formats};
+
+void trace(uint32_t msg, uint32_t level) {
+    if (msg != k_no_msg) __LTf_0(&k_unit, msg, g_arbor_fe_trace_module_id, level);
+}
+
+// Only the two low bits of a state flag count: bit 0 at default, bit 1 set to a value.
+constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
+
+// Whether the attribute's value equals its schema default; ctx_variant < 0 turns this off.
+int32_t compare_default(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err) {
+    switch (f.dflt) {
+    case Default::none: return 0;
+    case Default::arm_one: return f.value(ctx, id, obj, err) == 1;
+    case Default::zero: return f.value(ctx, id, obj, err) == 0;
+    case Default::zero16: return (f.value(ctx, id, obj, err) & 0xffffu) == 0;
+    case Default::ip_address:
+        return ip_address_is_default(ctx, id, f.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
+    case Default::rsl_vstring:
+        return rsl_vstring_is_default(ctx, id, f.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
+    }
+    return 0;
+}
+
+// A leaf or the discriminator: default comparison, state flag, handle, conversion.
+int32_t leaf(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
+             const void* obj, int32_t with_state, int8_t default_variant, uint32_t* err) {
+    int32_t is_default = default_variant >= 0 ? compare_default(f, ctx, id, obj, err) : 0;
+    int32_t present = 1;
+    if (with_state != 0) {
+        const uint8_t state = f.state.one(ctx, id, obj, err);
+        if (is_default == 0) is_default = state & 1u;
+        present = present_in(state);
+    }
+    const void* handle = f.get.one(ctx, id, obj, err);
+    return f.conv(ctx, id, name, props, is_default, present, handle, err);
+}
+
+// A fixed or counted array: one attribute holding the list of its elements.
+int32_t array(const Type& t, const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name,
+              gx_do_properties* props, const void* obj, int32_t with_state, uint32_t* err) {
+    const bool counted = f.kind == Kind::counted_array;
+    if (with_state != 0 && !present_in(f.whole_state(ctx, id, obj, err))) {
+        if (gx_do_properties_set_null(props, name) < 0) {
+            trace(f.msg_array_null, LT_LEVEL_ERROR);
+            return k_fail;
+        }
+        return 0;
+    }
+    gx_do_vlist* list = gx_do_vlist_new();
+    if (list == nullptr) {
+        trace(t.msg_vlist_new, LT_LEVEL_ERROR);
+        return counted ? k_no_memory : k_fail;
+    }
+    const auto element = f.get.element;
+    const auto element_state = f.state.element;
+    uint32_t bound = counted ? f.value(ctx, id, obj, err) : f.arm;
+    for (uint32_t i = 0; i < bound; ++i) {
+        if (*err == 0) {
+            const int32_t present = with_state != 0 ? present_in(element_state(ctx, id, obj, i, err)) : 1;
+            const void* handle = element(ctx, id, obj, i, err);
+            if (f.vconv(ctx, id, list, 0, present, handle, err) < 0) {
+                gx_do_vlist_deref(list);
+                trace(f.msg, LT_LEVEL_ERROR);
+                return k_fail;
+            }
+        }
+        if (counted) bound = f.value(ctx, id, obj, err);
+    }
+    const int32_t status = gx_do_properties_set_array(props, name, list);
+    gx_do_vlist_deref(list);
+    if (status != 0) trace(t.msg_set_array, LT_LEVEL_ERROR);
+    return status;
+}
+
+// The fields of a record or of one of its extensions, in schema order, each named behind
+// the prefix of length len already in buffer.
+int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rsl_ctx_id_t id, char* buffer,
+               size_t len, gx_do_properties* props, const void* obj, int32_t with_state, int8_t default_variant,
+               uint32_t* err) {
+    for (const Field& f : std::span(fs, count)) {
+        const bool is_array = f.kind == Kind::fixed_array || f.kind == Kind::counted_array;
+        if (f.kind == Kind::arm) {
+            // Read afresh per arm, before the error word is looked at.
+            const uint32_t selected = f.value(ctx, id, obj, err);
+            if (*err != 0) continue;
+            if (k_name_max - len < f.len) return k_fail;
+            __strcat_to_buf(k_buffer_size, buffer, f.text);
+            int32_t status;
+            if (selected == f.arm) {
+                status = f.nested(ctx, id, buffer, props, f.get.one(ctx, id, obj, err),
+                                  with_state, err);
+                if (status != 0) trace(f.msg, LT_LEVEL_ERROR);
+            } else {
+                status = f.nested_null(nullptr, 0, buffer, props, err);
+                if (status != 0) trace(f.msg_null, LT_LEVEL_ERROR);
+            }
+            if (status != 0) return status;
+            buffer[len] = 0;
+            continue;
+        }
+        if (f.kind == Kind::chars) {
+            // The characters are fetched before the room check.
+            if (*err != 0) continue;
+            const int32_t is_default =
+                default_variant >= 0 ? compare_default(f, ctx, id, obj, err) : 0;
+            int32_t present = 1;
+            int32_t dflt = is_default;
+            if (with_state != 0) {
+                const uint8_t state = f.state.one(ctx, id, obj, err);
+                if (dflt == 0) dflt = state & 1u;
+                present = present_in(state);
+            }
+            const auto get = f.get.chars;
+            int32_t status;
+            if (f.value != nullptr) {
+                const uint32_t n = f.value(ctx, id, obj, err) & 0xffffu;
+                char* chars = static_cast<char*>(__builtin_alloca(n + 1));
+                const uint32_t again = f.value(ctx, id, obj, err) & 0xffffu;
+                std::memset(chars, 0, n + 1);
+                get(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
+                if (k_name_max - len < f.len) return k_fail;
+                __strcat_to_buf(k_buffer_size, buffer, f.text);
+                status = var_string_to_properties(ctx, id, buffer, props, dflt, present, chars, err);
+            } else {
+                char chars[10] = {};
+                get(ctx, id, obj, chars, sizeof chars, err);
+                if (k_name_max - len < f.len) return k_fail;
+                __strcat_to_buf(k_buffer_size, buffer, f.text);
+                status = var_string_to_properties(ctx, id, buffer, props, dflt, present, chars, err);
+            }
+            if (status != 0) {
+                trace(f.msg, LT_LEVEL_ERROR);
+                return status;
+            }
+            buffer[len] = 0;
+            continue;
+        }
+        if (!is_array && *err != 0) continue;
+        if (k_name_max - len < f.len) return k_fail;
+        __strcat_to_buf(k_buffer_size, buffer, f.text);
+        int32_t status;
+        switch (f.kind) {
+        case Kind::nested:
+            status = f.nested(ctx, id, buffer, props, f.get.one(ctx, id, obj, err), with_state,
+                              err);
+            break;
+        case Kind::fixed_array:
+        case Kind::counted_array: status = array(t, f, ctx, id, buffer, props, obj, with_state, err); break;
+        default: status = leaf(f, ctx, id, buffer, props, obj, with_state, default_variant, err); break;
+        }
+        if (status != 0) {
+            if (!is_array) trace(f.msg, LT_LEVEL_ERROR);
+            return status;
+        }
+        buffer[len] = 0;
+    }
+    return 0;
+}
+
+// Renders the extensions of level above the variant as nulls under the incoming prefix.
+int32_t extensions(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, char* buffer, size_t len,
+                   gx_do_properties* props, const void* obj, int32_t with_state, int8_t variant,
+                   int8_t default_variant, uint32_t* err) {
+    for (uint32_t k = 1; k <= t.levels; ++k) {
+        const Extension& x = t.extensions[k - 1];
+        if (variant >= static_cast<int32_t>(k)) {
+            const int32_t status =
+                fields(t, x.fields, x.count, ctx, id, buffer, len, props, obj, with_state, default_variant, err);
+            if (status != 0) return status;
+            continue;
+        }
+        __LTf_0(&k_unit, x.msg_null, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG);
+        int32_t status = 0;
+        if (x.null != nullptr) {
+            status = x.null(ctx, id, prefix, props, err);
+        } else {
+            // No attributes: only the prefix is checked.
+            char scratch[k_buffer_size];
+            std::memset(scratch, 0, sizeof scratch);
+            if (*err == 0 && std::strlen(prefix) > k_name_max) status = k_fail;
+        }
+        if (status != 0) {
+            __LTf_4(&k_unit, x.msg_error, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG, static_cast<uint32_t>(status));
+            return status;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, gx_do_properties* props,
+               const void* obj, int32_t with_state, uint32_t* err) {
+    char buffer[k_buffer_size];
+    std::memset(buffer, 0, sizeof buffer);
+    const auto default_variant = static_cast<int8_t>(zan_config_defaults_default_get_variant(ctx));
+    if (*err != 0) return 0;
+    if (std::strlen(prefix) > k_name_max) {
+        __LTf_15(&k_unit, t.msg_name_long, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG, prefix, k_name_max);
+        return k_fail;
+    }
+    __strcat_to_buf(k_buffer_size, buffer, prefix);
+    const size_t len = std::strlen(buffer);
+
+    int8_t variant = 0;
+    if (t.reads_variant) {
+        variant = static_cast<int8_t>(rsl_get_instance_variant(obj, 1, 0));
+        if (variant < 0) {
+            __LTf_44(&k_unit, t.msg_variant, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL,
+                     static_cast<uint32_t>(static_cast<int32_t>(variant)), 0);
+            std::abort();
+        }
+    }
+
+    const int32_t status = fields(t, t.fields, t.count, ctx, id, buffer, len, props, obj, with_state,
+                                  default_variant, err);
+    if (status != 0) return status;
+    return t.levels != 0 ? extensions(t, ctx, id, prefix, buffer, len, props, obj, with_state, variant,
+                                      default_variant, err)
+                         : 0;
+}
+
+int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, gx_do_properties* props,
+                    uint32_t* err) {
+    char buffer[k_buffer_size];
+    std::memset(buffer, 0, sizeof buffer);
+    size_t len = 0;
+    bool check_first = true;
+    if (t.lenient) {
+        if (props == nullptr || err == nullptr) return k_fail;
+        if (*err != 0) return 0;
+        if (prefix == nullptr) {
+            if (t.count == 0) return 0;
+            check_first = false;
+        } else {
+            if (std::strlen(prefix) > k_name_max) return k_fail;
+            __strcat_to_buf(k_buffer_size, buffer, prefix);
+            len = std::strlen(buffer);
+        }
+    } else {
+        if (prefix == nullptr || err == nullptr) {
+            trace(t.msg_null_args, LT_LEVEL_ERROR);
+            return k_fail;
+        }
+        if (*err != 0) return 0;
+        if (std::strlen(prefix) > k_name_max) return k_fail;
+        __strcat_to_buf(k_buffer_size, buffer, prefix);
+        len = std::strlen(buffer);
+    }
+    (void)ctx;
+    (void)id;
+    bool first = true;
+    for (const Field& f : std::span(t.fields, t.count)) {
+        if (*err != 0) return 0;
+        if ((check_first || !first) && k_name_max - len < f.len) return k_fail;
+        first = false;
+        __strcat_to_buf(k_buffer_size, buffer, f.text);
+        if (f.kind == Kind::nested || f.kind == Kind::arm) {
+            const int32_t status = f.nested_null(nullptr, 0, buffer, props, err);
+            if (status != 0) {
+                trace(f.msg_null, LT_LEVEL_ERROR);
+                return status;
+            }
+        } else {
+            const int32_t status = gx_do_properties_set_null(props, buffer);
+            if (status != 0) {
+                trace(f.msg_null, LT_LEVEL_ERROR);
+                return status;
+            }
+        }
+        buffer[len] = 0;
+    }
+    return 0;
+}
+
+int32_t render_enum(const Enum& e, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
+                    int32_t is_default, int32_t present, const void* value, uint32_t* err) {
+    if (*err != 0) return 0;
+    if (e.reads_variant) {
+        const auto variant = static_cast<int8_t>(rsl_get_instance_variant(value, 1, 0));
+        if (variant < 0) {
+            __LTf_4(&k_unit, e.msg_variant, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL,
+                    static_cast<uint32_t>(static_cast<int32_t>(variant)));
+            std::abort();
+        }
+    }
+    const uint32_t n = e.value(ctx, id, value, err);
+    if (n >= e.count) return k_fail;
+    return enum_to_properties(ctx, id, name, props, is_default, present, e.names[n], err);
+}
+
+int32_t render_flags(const Flags& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
+                     int32_t is_default, int32_t present, const void* value, uint32_t* err) {
+    if (*err != 0) return 0;
+    gx_do_vlist* list = gx_do_vlist_new();
+    if (list == nullptr) return k_no_memory;
+    for (uint32_t bit = 0; bit < f.count; ++bit) {
+        uint32_t local = 0;  // a failed bit read stays with that bit
+        const uint32_t set = f.bit(ctx, id, value, bit, &local);
+        if (local == 0 && set != 0) (void)enum_to_vlist(ctx, id, list, 0, 1, f.names[bit], err);
+    }
+    const int32_t status = bits_to_properties(ctx, id, name, props, is_default, present, list, err);
+    gx_do_vlist_deref(list);
+    return status;
+}
+
+int32_t render_table(const Top* tops, uint32_t count, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_properties* props,
+                     const void* row, int32_t with_state, uint32_t* err) {
+    if (*err != 0) return k_fail;
+    for (uint32_t i = 0; i < count; ++i) {
+        if (i != 0 && *err != 0) return 0;  // a record rendered, the next one not
+        const int32_t status = tops[i].render(ctx, id, "", props, tops[i].get(ctx, id, row), with_state, err);
+        if (status != 0) return status;
+    }
+    return 0;
+}
+
+}  // namespace zan::fe::props

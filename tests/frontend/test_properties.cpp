@@ -1,0 +1,347 @@
+// Rendering to properties, reached as an engine reaches it: a table's slot 2 and the type
+// rows of zan_config_db_type_gx_lut. Rows and records come from the reference store.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "harness.hpp"
+#include "zan/database.hpp"
+
+using namespace fe_test;
+namespace db = zan::db;
+namespace plat = zan::plat;
+
+namespace {
+
+constexpr uint32_t k_error_level = 0x3000000;
+constexpr uint32_t k_debug_level = 0x7000000;
+
+const zan_gx_table_row& table_row(const std::string& table) {
+    init();
+    return static_cast<const zan_gx_table_row*>(registered().gx_dispatch)[expect().table(table).row];
+}
+
+zan_type_to_properties_fn type_row(const std::string& type) {
+    init();
+    const auto* rows = static_cast<const zan_gx_type_props_row*>(registered().type_gx_lut);
+    for (const TypeRow& t : expect().types)
+        if (t.name == type) return rows[t.row].to_properties;
+    ADD_FAILURE() << "no type row " << type;
+    return nullptr;
+}
+
+std::vector<std::string> names_of(gx_do_properties* props) {
+    std::vector<std::string> out;
+    for (const plat::NamedValue& nv : plat::properties_items(props)) out.push_back(nv.name);
+    return out;
+}
+
+std::string without_dots(std::string s) {
+    std::erase(s, '.');
+    return s;
+}
+
+// One properties object per test, released with it.
+class Props : public ::testing::Test {
+protected:
+    gx_do_properties* props = plat::properties_new();
+    uint32_t err = 0;
+    void TearDown() override {
+        plat::properties_deref(props);
+        plat::fault_clear_all();
+        db::clear_default_variants();
+    }
+    const plat::Value& at(const std::string& name) {
+        const plat::Value* v = plat::properties_get(props, name);
+        if (v == nullptr) {
+            ADD_FAILURE() << name << " not set";
+            static const plat::Value none;
+            return none;
+        }
+        return *v;
+    }
+    int32_t render(const std::string& type, db::Record& rec, const char* prefix, int32_t with_state = 0) {
+        return type_row(type)(nullptr, 0, prefix, props, &rec, with_state, &err);
+    }
+};
+
+bool is_null(const plat::Value& v) { return std::holds_alternative<plat::Null>(v.v); }
+
+}  // namespace
+
+TEST_F(Props, NtpPeerRowDeliversItsThirtySevenAttributesInSchemaOrder) {
+    db::RowPtr row = db::make_row("tbl_ntp_peer_eol");
+    db::Record& top = *db::row_record(*row);
+    db::set_text(top, "peer_server_key", "10.0.0.1");
+    db::set_enum(top, "compound_0.peer_or_server.descriminator", "ZAN_CFG_1");
+    db::set_int(top, "compound_0.peer_or_server.compound_67.ntp_server", 7);
+    db::set_int(top, "compound_0.compound_12.compound_15.ntp_peer_source_if_37.handle", 12);
+    ASSERT_EQ(table_row("tbl_ntp_peer_eol").to_properties(nullptr, 0, row.get(), props, 0, &err), 0);
+    EXPECT_EQ(err, 0u);
+
+    const std::vector<std::string> names = names_of(props);
+    ASSERT_EQ(names.size(), 37u);
+    EXPECT_EQ(names[0], "peer_server_key");
+    EXPECT_EQ(names[1], "compound_0.peer_or_server.descriminator");
+    EXPECT_EQ(names[2], "compound_0.peer_or_server.compound_66.ntp_peer");
+    EXPECT_EQ(names[3], "compound_0.peer_or_server.compound_67.ntp_server");
+    EXPECT_EQ(names[12], "compound_0.compound_57.compound_4.compound_7.compound_9.descriminator");
+    EXPECT_EQ(names[33], "compound_0.compound_12.compound_15.ntp_peer_source_if_37.handle");
+    EXPECT_EQ(names[36], "compound_0.compound_12.compound_18.ntp_peer_maxpoll_num");
+
+    EXPECT_EQ(at("peer_server_key").leaf, "rsl_vstring");
+    EXPECT_EQ(std::get<plat::EnumText>(at(names[1]).v).text, "ZAN_CFG_1");
+    EXPECT_TRUE(is_null(at(names[2])));   // arm 1 is not the selected one
+    EXPECT_EQ(at(names[3]).leaf, "int32");
+    EXPECT_EQ(std::get<int64_t>(at(names[3]).v), 7);
+    EXPECT_EQ(at(names[33]).leaf, "u_int32");
+    EXPECT_EQ(std::get<uint64_t>(at(names[33]).v), 12u);
+    // Discriminator 0 nulls every arm, the discriminators of unions inside them included.
+    EXPECT_EQ(std::get<plat::EnumText>(at("compound_0.descriminator").v).text, "ZAN_CFG_NONE");
+    EXPECT_TRUE(is_null(at("compound_0.compound_2.descriminator")));
+    EXPECT_TRUE(is_null(at("compound_0.compound_57.compound_4.compound_7.compound_9.descriminator")));
+    EXPECT_TRUE(is_null(at("compound_0.compound_2.compound_58.ntp_peer_v6addr")));
+}
+
+TEST_F(Props, EveryTableRendersExactlyItsStaticAttributes) {
+    // Attribute names carry a dot behind every nested field; column names drop it where the
+    // nested field is glued on. Without dots they are the same strings in the same order.
+    for (const TableRow& t : expect().tables) {
+        if (t.name.empty()) continue;
+        SCOPED_TRACE(t.name);
+        gx_do_properties* p = plat::properties_new();
+        db::RowPtr row = db::make_row(t.name);
+        uint32_t e = 0;
+        ASSERT_EQ(table_row(t.name).to_properties(nullptr, 0, row.get(), p, 0, &e), 0);
+        EXPECT_EQ(e, 0u);
+        const std::vector<std::string> names = names_of(p);
+        ASSERT_EQ(names.size(), t.columns.size());
+        for (size_t i = 0; i < names.size(); ++i) EXPECT_EQ(without_dots(names[i]), without_dots(t.columns[i].name));
+        plat::properties_deref(p);
+    }
+}
+
+TEST_F(Props, UnionArmsFollowTheDiscriminator) {
+    const char* prefix = "compound_0.peer_or_server.";
+    const std::string disc = std::string(prefix) + "descriminator";
+    const std::string peer = std::string(prefix) + "compound_66.ntp_peer";
+    const std::string server = std::string(prefix) + "compound_67.ntp_server";
+    for (uint32_t value : {0u, 1u, 2u, 3u, 22u}) {
+        SCOPED_TRACE(value);
+        db::RecordPtr rec = db::make_record("ntp_peer_cp");
+        db::set_int(*rec, "descriminator", value);
+        plat::properties_deref(props);
+        props = plat::properties_new();
+        ASSERT_EQ(render("ntp_peer_cp", *rec, prefix), 0);
+        EXPECT_EQ(names_of(props), (std::vector<std::string>{disc, peer, server}));
+        EXPECT_EQ(is_null(at(peer)), value != 1);
+        EXPECT_EQ(is_null(at(server)), value != 2);
+    }
+    // A value with no enumerator fails in the discriminator itself, naming it.
+    db::RecordPtr rec = db::make_record("ntp_peer_cp");
+    db::set_int(*rec, "descriminator", 23);
+    plat::TraceCapture traces;
+    EXPECT_EQ(render("ntp_peer_cp", *rec, prefix), 3);
+    ASSERT_FALSE(traces.records().empty());
+    EXPECT_EQ(traces.records().back().text,
+              "ntp_peer_cp to_properties: zan_cfg_union_to_properties failed for ntp_peer_cp_descriminator");
+    EXPECT_EQ(traces.records().back().level, k_error_level);
+}
+
+TEST_F(Props, StateFlagGivesPresentAndDefault) {
+    struct Case {
+        uint8_t flag;
+        bool present, is_default;
+    };
+    for (const Case c : {Case{0, false, false}, Case{1, true, true}, Case{2, true, false}, Case{3, true, true},
+                         Case{4, false, false}}) {
+        SCOPED_TRACE(int(c.flag));
+        db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
+        db::set_int(*rec, "ntp_mdist_value_1", 5);
+        db::set_state(*rec, "ntp_mdist_value_1", c.flag);
+        plat::properties_deref(props);
+        props = plat::properties_new();
+        ASSERT_EQ(render("ntp_maxdistance_cp", *rec, "compound_0.", 1), 0);
+        const plat::Value& v = at("compound_0.ntp_mdist_value_1");
+        EXPECT_EQ(!is_null(v), c.present);
+        EXPECT_EQ(v.is_default, c.is_default);
+    }
+    // Without state the flag is not consulted.
+    db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
+    db::set_state(*rec, "ntp_mdist_value_1", 0);
+    ASSERT_EQ(render("ntp_maxdistance_cp", *rec, ""), 0);
+    EXPECT_FALSE(is_null(at("ntp_mdist_value_1")));
+}
+
+TEST_F(Props, DefaultComparisonOnlyWithANonNegativeDefaultVariant) {
+    for (int64_t value : {0, 1}) {
+        for (int32_t variant : {0, -1}) {
+            SCOPED_TRACE(std::to_string(value) + "/" + std::to_string(variant));
+            db::set_default_variant(nullptr, variant);
+            db::RecordPtr rec = db::make_record("ntp_peer_cp_0_cp");
+            const std::string leaf = db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name.data();
+            db::set_int(*rec, leaf, value);
+            plat::properties_deref(props);
+            props = plat::properties_new();
+            ASSERT_EQ(render("ntp_peer_cp_0_cp", *rec, ""), 0);
+            EXPECT_EQ(at(names_of(props).at(0)).is_default, value == 0 && variant >= 0);
+        }
+    }
+}
+
+TEST_F(Props, NameRoomIsTwoHundredFiftySixCharacters) {
+    // ntp_mdist_value_1 is 17 characters; singleton_id of ntp_maxdist_eol 12.
+    db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
+    EXPECT_EQ(render("ntp_maxdistance_cp", *rec, std::string(239, 'p').c_str()), 0);
+    EXPECT_EQ(names_of(props).back().size(), 256u);
+    EXPECT_EQ(render("ntp_maxdistance_cp", *rec, std::string(240, 'p').c_str()), 3);
+    {
+        plat::TraceCapture traces;
+        EXPECT_EQ(render("ntp_maxdistance_cp", *rec, std::string(256, 'p').c_str()), 3);
+        EXPECT_TRUE(traces.records().empty());
+    }
+    plat::TraceCapture traces;
+    EXPECT_EQ(render("ntp_maxdistance_cp", *rec, std::string(257, 'p').c_str()), 3);
+    ASSERT_EQ(traces.records().size(), 1u);
+    EXPECT_EQ(traces.records()[0].level, k_debug_level);
+    EXPECT_NE(traces.records()[0].text.find("length greater than buffer size 256"), std::string::npos);
+}
+
+TEST_F(Props, ErrorWordEndsQuietlyInARecordAndFailsAtTheTable) {
+    db::RowPtr row = db::make_row("tbl_ntp_maxdist_eol");
+    err = 5;
+    EXPECT_EQ(table_row("tbl_ntp_maxdist_eol").to_properties(nullptr, 0, row.get(), props, 0, &err), 3);
+    EXPECT_EQ(render("ntp_maxdist_eol", *db::row_record(*row), ""), 0);
+    EXPECT_TRUE(names_of(props).empty());
+    // An accessor failing part-way: the rest is skipped, the answer is 0.
+    err = 0;
+    plat::fault_fail_nth("accessor", 1);
+    EXPECT_EQ(render("ntp_maxdist_eol", *db::row_record(*row), ""), 0);
+    EXPECT_NE(err, 0u);
+}
+
+TEST_F(Props, CountedArraysFollowTheCount) {
+    db::RecordPtr rec = db::make_record("vlan_group");
+    ASSERT_EQ(render("vlan_group", *rec, ""), 0);
+    const plat::Value& empty = at("vlans");
+    ASSERT_TRUE(std::holds_alternative<plat::ValueList>(empty.v));   // an array, not a null
+    EXPECT_TRUE(std::get<plat::ValueList>(empty.v).empty());
+
+    db::set_array(*rec, "vlans", {10, 20, 30});
+    plat::properties_deref(props);
+    props = plat::properties_new();
+    ASSERT_EQ(render("vlan_group", *rec, ""), 0);
+    EXPECT_EQ(std::get<plat::ValueList>(at("vlans").v).size(), 3u);
+
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_vlist_new", 1);
+    EXPECT_EQ(render("vlan_group", *rec, ""), 10002);
+    ASSERT_FALSE(traces.records().empty());
+    EXPECT_EQ(traces.records().back().text, "vlan_group to_properties: gx_do_vlist_new failed");
+    EXPECT_EQ(plat::live_objects().vlist, 0);
+}
+
+TEST_F(Props, ExtensionBelowTheVariantIsRenderedAsNull) {
+    db::RecordPtr rec = db::make_record("ci_ip_helpaddr_eol");
+    db::set_text(*rec, "ci_ip_helpaddr_vrf_name", "red");
+    db::set_variant(*rec, 1);
+    ASSERT_EQ(render("ci_ip_helpaddr_eol", *rec, ""), 0);
+    EXPECT_EQ(std::get<std::string>(at("ci_ip_helpaddr_vrf_name").v), "red");
+
+    db::set_variant(*rec, 0);
+    plat::properties_deref(props);
+    props = plat::properties_new();
+    plat::TraceCapture traces;
+    ASSERT_EQ(render("ci_ip_helpaddr_eol", *rec, ""), 0);
+    EXPECT_TRUE(is_null(at("ci_ip_helpaddr_vrf_name")));
+    ASSERT_FALSE(traces.records().empty());
+    EXPECT_EQ(traces.records().back().text,
+              "ci_ip_helpaddr_eol version < 1 Rendering extension v166_ci_ip_helpaddr_eol_ext as null..");
+}
+
+TEST_F(Props, FailingSetInANestedRecordTracesEveryLevel) {
+    db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_properties_set_value", 2);   // the nested int32
+    EXPECT_NE(render("ntp_maxdist_eol", *rec, ""), 0);
+    std::vector<std::string> texts;
+    for (const auto& r : traces.records()) texts.push_back(r.text);
+    ASSERT_GE(texts.size(), 2u);
+    EXPECT_EQ(texts[texts.size() - 2],
+              "ntp_maxdistance_cp to_properties: int32_to_properties failed for ntp_maxdistance_cp_ntp_mdist_value_1");
+    EXPECT_EQ(texts.back(),
+              "ntp_maxdist_eol to_properties: ntp_maxdistance_cp_to_properties failed for ntp_maxdist_eol_compound_0");
+}
+
+TEST_F(Props, NegativeVariantAborts) {
+    db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
+    db::set_variant(*rec, -1);
+    EXPECT_DEATH(render("ntp_maxdist_eol", *rec, ""), "");
+}
+
+TEST_F(Props, FailingNullOfAnUnselectedArmIsPassedUpWithBothTraces) {
+    db::RecordPtr rec = db::make_record("ntp_peer_cp");
+    db::set_int(*rec, "descriminator", 2);
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_properties_set_null", 1);
+    EXPECT_NE(render("ntp_peer_cp", *rec, ""), 0);
+    std::vector<std::string> texts;
+    for (const auto& r : traces.records()) texts.push_back(r.text);
+    ASSERT_EQ(texts.size(), 2u);
+    EXPECT_EQ(texts[0], "ntp_peer_cp_0_cp to_properties: int32_set_null_properties failed for ntp_peer_cp_0_cp");
+    EXPECT_EQ(texts[1], "ntp_peer_cp to_null_properties: ntp_peer_cp_0_cp_to_null_properties failed for ntp_peer_cp");
+    // The discriminator went out before the arm failed; nothing of arm 2 did.
+    EXPECT_EQ(names_of(props), (std::vector<std::string>{"descriminator"}));
+}
+
+TEST_F(Props, ArrayStateFlagNullsTheWholeArrayWithoutReadingElements) {
+    db::RecordPtr rec = db::make_record("vlan_group");
+    db::set_array(*rec, "vlans", {1, 2});
+    db::set_state(*rec, "vlans", 4);   // only the two low bits count
+    const long before = plat::fault_calls("accessor");
+    ASSERT_EQ(render("vlan_group", *rec, "", 1), 0);
+    EXPECT_TRUE(is_null(at("vlans")));
+    // vlan_group_name: state and value; vlans: the whole-array state only.
+    EXPECT_EQ(plat::fault_calls("accessor") - before, 3);
+
+    db::set_state(*rec, "vlans", 2);
+    db::set_element_state(*rec, "vlans", 1, 0);
+    plat::properties_deref(props);
+    props = plat::properties_new();
+    ASSERT_EQ(render("vlan_group", *rec, "", 1), 0);
+    const auto& elements = std::get<plat::ValueList>(at("vlans").v);
+    ASSERT_EQ(elements.size(), 2u);
+    EXPECT_FALSE(is_null(elements[0]));
+    EXPECT_TRUE(is_null(elements[1]));
+}
+
+TEST_F(Props, EnumerationAndFlagRowsRenderNamesAndIgnoreState) {
+    db::RecordPtr rec = db::make_record("ntp_peer_cp");
+    const void* disc = db::handle(*rec, "descriminator");
+    db::set_state(*rec, "descriminator", 0);   // a row form does not look at it
+    db::set_int(*rec, "descriminator", 22);
+    ASSERT_EQ(type_row("zan_cfg_union")(nullptr, 0, "d", props, disc, 1, &err), 0);
+    EXPECT_EQ(std::get<plat::EnumText>(at("d").v).text, "ZAN_CFG_21");
+    EXPECT_FALSE(at("d").is_default);
+    db::set_int(*rec, "descriminator", 23);
+    {
+        plat::TraceCapture traces;
+        EXPECT_EQ(type_row("zan_cfg_union")(nullptr, 0, "e", props, disc, 0, &err), 3);
+        EXPECT_TRUE(traces.records().empty());   // the field's owner names it, not the row
+    }
+
+    db::RecordPtr fields = db::make_record("db_fields");
+    const void* flags = db::handle(*fields, "flags");
+    ASSERT_EQ(type_row("db_flags")(nullptr, 0, "none", props, flags, 0, &err), 0);
+    EXPECT_TRUE(std::get<plat::ValueList>(at("none").v).empty());   // an empty list, not a null
+    db::set_flags(*fields, "flags", {"IS_PENDING_DELETE"});
+    ASSERT_EQ(type_row("db_flags")(nullptr, 0, "set", props, flags, 0, &err), 0);
+    const auto& bits = std::get<plat::ValueList>(at("set").v);
+    ASSERT_EQ(bits.size(), 1u);
+    EXPECT_EQ(std::get<plat::EnumText>(bits[0].v).text, "IS_PENDING_DELETE");
+
+    plat::fault_fail_nth("gx_do_vlist_new", 1);
+    EXPECT_EQ(type_row("db_flags")(nullptr, 0, "x", props, flags, 0, &err), 10002);
+    EXPECT_EQ(err, 0u);
+}

@@ -1,0 +1,226 @@
+// Leaf conversions: values read from real store cells into properties and value lists.
+#include <cerrno>
+
+#include "leak_check.hpp"
+#include "zan/database.hpp"
+#include "zan/leaf.h"
+
+using namespace zan::plat;
+namespace db = zan::db;
+
+namespace {
+
+const rsl_ctx_t k_ctx = reinterpret_cast<rsl_ctx_t>(uintptr_t(0x1eaf));
+constexpr rsl_ctx_id_t k_id = 3;
+
+class Leaf : public LeakChecked {
+protected:
+    void SetUp() override {
+        LeakChecked::SetUp();
+        props = properties_new();
+    }
+    void TearDown() override {
+        properties_deref(props);
+        LeakChecked::TearDown();
+    }
+    const Value& at(const char* name) {
+        const Value* v = properties_get(props, name);
+        EXPECT_NE(v, nullptr) << name << " not set";
+        static const Value none;
+        return v ? *v : none;
+    }
+    gx_do_properties* props = nullptr;
+    uint32_t err = 0;
+};
+
+}  // namespace
+
+// Every full form on a real cell of its own word: the value, its width and sign, the leaf
+// word and the is_default mark arrive under the name given.
+TEST_F(Leaf, FullFormsCarryValueLeafWordAndMark) {
+    auto consumer = db::make_record("consumer");
+    db::set_int(*consumer, "cid", 255);
+    db::set_int(*consumer, "app_id", 65535);
+    auto counters = db::make_record("stat_counters");
+    db::set_u64(*counters, "byte_cnt", UINT64_MAX);
+    auto proxy = db::make_record("cfg_http_client_proxy_eol");
+    db::set_text(*proxy, "http_proxy_name", "proxy.example");
+    db::set_int(*proxy, "http_proxy_port", -2);
+    db::set_int(*proxy, "singleton_id", 4000000000u);
+    auto trk = db::make_record("cfg_dev_trk_bt_setlog_eol");
+    db::set_bool(*trk, "bt_log_set", true);
+    auto mac = db::make_record("conf_mac_nacl_dsthost_cp");
+    db::set_mac(*mac, "destination_mac_address", *parse_mac("aa:bb:cc:00:11:22"));
+    auto route = db::make_record("route");
+    db::set_ip(*route, "addr", "2001:db8::1");
+    void* i32 = db::make_typed_int32(-7);
+
+    EXPECT_EQ(u_int8_to_properties(k_ctx, k_id, "a", props, 0, 1, db::handle(*consumer, "cid"), &err), 0);
+    EXPECT_EQ(u_int16_to_properties(k_ctx, k_id, "b", props, 1, 1, db::handle(*consumer, "app_id"), &err), 0);
+    EXPECT_EQ(u_int64_to_properties(k_ctx, k_id, "c", props, 0, 1, db::handle(*counters, "byte_cnt"), &err), 0);
+    EXPECT_EQ(rsl_vstring_to_properties(k_ctx, k_id, "d", props, 0, 1, db::handle(*proxy, "http_proxy_name"), &err), 0);
+    EXPECT_EQ(int16_to_properties(k_ctx, k_id, "e", props, 0, 1, db::handle(*proxy, "http_proxy_port"), &err), 0);
+    EXPECT_EQ(u_int32_to_properties(k_ctx, k_id, "f", props, 0, 1, db::handle(*proxy, "singleton_id"), &err), 0);
+    EXPECT_EQ(rsl_boolean_to_properties(k_ctx, k_id, "g", props, 0, 1, db::handle(*trk, "bt_log_set"), &err), 0);
+    EXPECT_EQ(rsl_mac_addr_to_properties(k_ctx, k_id, "h", props, 0, 1,
+                                         db::handle(*mac, "destination_mac_address"), &err), 0);
+    EXPECT_EQ(ip_address_to_properties(k_ctx, k_id, "i", props, 7, 1, db::handle(*route, "addr"), &err), 0);
+    EXPECT_EQ(int32_to_properties(k_ctx, k_id, "j", props, 0, 1, i32, &err), 0);
+    EXPECT_EQ(err, 0u);
+
+    EXPECT_EQ(at("a"), (Value{uint64_t(255), "u_int8", false}));
+    EXPECT_EQ(at("b"), (Value{uint64_t(65535), "u_int16", true}));
+    EXPECT_EQ(at("c"), (Value{UINT64_MAX, "u_int64", false}));
+    EXPECT_EQ(at("d"), (Value{std::string("proxy.example"), "rsl_vstring", false}));
+    EXPECT_EQ(at("e"), (Value{int64_t(-2), "int16", false}));
+    EXPECT_EQ(at("f"), (Value{uint64_t(4000000000u), "u_int32", false}));
+    EXPECT_EQ(at("g"), (Value{true, "rsl_boolean", false}));
+    EXPECT_EQ(to_text(at("h")), "aa:bb:cc:00:11:22");
+    EXPECT_EQ(to_text(at("i")), "2001:db8::1");
+    EXPECT_TRUE(at("i").is_default);
+    EXPECT_EQ(at("j"), (Value{int64_t(-7), "int32", false}));
+
+    // delivery order is call order
+    auto items = properties_items(props);
+    ASSERT_EQ(items.size(), 10u);
+    EXPECT_EQ(items.front().name, "a");
+    EXPECT_EQ(items.back().name, "j");
+    db::destroy_typed(i32);
+}
+
+// present 0 sets null with the mark, and does not read the handle (NULL is fine).
+TEST_F(Leaf, AbsentValueIsNullAndHandleUnread) {
+    EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 1, 0, nullptr, &err), 0);
+    EXPECT_EQ(enum_to_properties(k_ctx, k_id, "y", props, 0, 0, nullptr, &err), 0);
+    EXPECT_EQ(bits_to_properties(k_ctx, k_id, "z", props, 0, 0, nullptr, &err), 0);
+    EXPECT_EQ(var_string_to_properties(k_ctx, k_id, "w", props, 0, 0, nullptr, &err), 0);
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(at("x"), (Value{Null{}, "int32", true}));
+    EXPECT_TRUE(std::holds_alternative<Null>(at("y").v));
+    EXPECT_TRUE(std::holds_alternative<Null>(at("z").v));
+    EXPECT_TRUE(std::holds_alternative<Null>(at("w").v));
+}
+
+// The error channels: a set word stops everything and is kept; a bad or mistyped handle
+// raises EINVAL with status 0; a failing set returns its status.
+TEST_F(Leaf, ErrorWordAndStatus) {
+    void* i32 = db::make_typed_int32(1);
+    err = 99;
+    EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 0, 1, i32, &err), 0);
+    EXPECT_EQ(enum_to_properties(k_ctx, k_id, "x", props, 0, 1, "A", &err), 0);
+    EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 0, 0, nullptr, &err), 0);
+    EXPECT_EQ(u_int32_to_vlist(k_ctx, k_id, nullptr, 0, 1, i32, &err), 0);
+    EXPECT_EQ(err, 99u);
+    EXPECT_TRUE(properties_items(props).empty());
+
+    err = 0;
+    EXPECT_EQ(u_int32_to_properties(k_ctx, k_id, "x", props, 0, 1, i32, &err), 0);   // int32 cell
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    err = 0;
+    EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 0, 1, nullptr, &err), 0);
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    EXPECT_TRUE(properties_items(props).empty());
+
+    err = 0;
+    fault_fail_nth("gx_do_properties_set_value", 1);
+    EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 0, 1, i32, &err), -1);
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 0, 1, i32, &err), 0);
+    db::destroy_typed(i32);
+}
+
+TEST_F(Leaf, EnumBitsAndVarString) {
+    gx_do_vlist* names = gx_do_vlist_new();
+    EXPECT_EQ(enum_to_vlist(k_ctx, k_id, names, 0, 1, "CHANNEL_STATE_CONNECTED", &err), 1);
+    EXPECT_EQ(enum_to_vlist(k_ctx, k_id, names, 0, 1, "CHANNEL_STATE_READ_SELECT", &err), 2);
+    EXPECT_EQ(bits_to_properties(k_ctx, k_id, "flags", props, 1, 1, names, &err), 0);
+    gx_do_vlist_deref(names);
+    gx_do_vlist* empty = gx_do_vlist_new();
+    EXPECT_EQ(bits_to_properties(k_ctx, k_id, "none", props, 0, 1, empty, &err), 0);
+    gx_do_vlist_deref(empty);
+    EXPECT_EQ(enum_to_properties(k_ctx, k_id, "mode", props, 0, 1, "IPV4_ADDRESS", &err), 0);
+    EXPECT_EQ(var_string_to_properties(k_ctx, k_id, "name", props, 0, 1, "eth0", &err), 0);
+    EXPECT_EQ(err, 0u);
+
+    const Value& flags = at("flags");
+    EXPECT_EQ(flags.leaf, "bits");
+    EXPECT_TRUE(flags.is_default);
+    ASSERT_TRUE(std::holds_alternative<ValueList>(flags.v));
+    const auto& list = std::get<ValueList>(flags.v);
+    ASSERT_EQ(list.size(), 2u);
+    EXPECT_EQ(std::get<EnumText>(list[0].v).text, "CHANNEL_STATE_CONNECTED");
+    EXPECT_EQ(std::get<EnumText>(list[1].v).text, "CHANNEL_STATE_READ_SELECT");
+    // no bit set: an empty list, not a null
+    ASSERT_TRUE(std::holds_alternative<ValueList>(at("none").v));
+    EXPECT_TRUE(std::get<ValueList>(at("none").v).empty());
+    EXPECT_EQ(at("mode"), (Value{EnumText{"IPV4_ADDRESS"}, "enum", false}));
+    EXPECT_EQ(at("name"), (Value{std::string("eth0"), "var_string", false}));
+}
+
+// Row forms ignore with_state and deliver is_default 0, present 1 under the prefix.
+TEST_F(Leaf, RowFormsIgnoreWithState) {
+    auto trk = db::make_record("cfg_dev_trk_bt_setlog_eol");
+    db::set_bool(*trk, "bt_log_set", true);
+    db::set_state(*trk, "bt_log_set", 1);
+    void* ip = db::make_typed(db::Word::ip_address, "10.0.0.1");
+    void* i32 = db::make_typed_int32(42);
+    EXPECT_EQ(rsl_boolean_to_properties_perf(k_ctx, k_id, "b", props, db::handle(*trk, "bt_log_set"), 1, &err), 0);
+    EXPECT_EQ(ip_address_to_properties_perf(k_ctx, k_id, "ip", props, ip, 1, &err), 0);
+    EXPECT_EQ(int32_to_properties_perf(k_ctx, k_id, "n", props, i32, 1, &err), 0);
+    EXPECT_EQ(int64_to_properties_perf(k_ctx, k_id, "wide", props, i32, 0, &err), 0);
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(at("b"), (Value{true, "rsl_boolean", false}));
+    EXPECT_EQ(to_text(at("ip")), "10.0.0.1");
+    EXPECT_FALSE(at("ip").is_default);
+    EXPECT_EQ(at("n"), (Value{int64_t(42), "int32", false}));
+    EXPECT_EQ(at("wide"), (Value{int64_t(42), "int64", false}));
+    // a scalar row without a value sets EINVAL
+    EXPECT_EQ(u_int8_to_properties_perf(k_ctx, k_id, "u", props, nullptr, 0, &err), 0);
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    db::destroy_typed(ip);
+    db::destroy_typed(i32);
+}
+
+TEST_F(Leaf, DefaultComparisons) {
+    void* any = db::make_typed(db::Word::ip_address, "0.0.0.0");
+    void* one = db::make_typed(db::Word::ip_address, "0.0.0.1");
+    void* v6 = db::make_typed(db::Word::ip_address, "::");
+    void* text = db::make_typed_vstring("0.0.0.0");
+    EXPECT_EQ(ip_address_is_default(k_ctx, k_id, any, "0.0.0.0", &err), 1);
+    EXPECT_EQ(ip_address_is_default(k_ctx, k_id, one, "0.0.0.0", &err), 0);
+    EXPECT_EQ(ip_address_is_default(k_ctx, k_id, v6, "0.0.0.0", &err), 0);   // family counts
+    EXPECT_EQ(rsl_vstring_is_default(k_ctx, k_id, text, "0.0.0.0", &err), 1);
+    EXPECT_EQ(rsl_vstring_is_default(k_ctx, k_id, text, "0.0.0.0 ", &err), 0);
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(rsl_vstring_is_default(k_ctx, k_id, any, "0.0.0.0", &err), 0);   // not a string
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    for (void* p : {any, one, v6, text}) db::destroy_typed(p);
+}
+
+TEST_F(Leaf, ElementConversions) {
+    auto consumer = db::make_record("consumer");
+    db::set_int(*consumer, "cid", 9);
+    db::set_int(*consumer, "app_id", 300);
+    void* u32 = db::make_typed(db::Word::u_int32, "70000");
+    gx_do_vlist* list = gx_do_vlist_new();
+    EXPECT_EQ(u_int8_to_vlist(k_ctx, k_id, list, 0, 1, db::handle(*consumer, "cid"), &err), 1);
+    EXPECT_EQ(u_int16_to_vlist(k_ctx, k_id, list, 1, 1, db::handle(*consumer, "app_id"), &err), 2);
+    EXPECT_EQ(u_int32_to_vlist(k_ctx, k_id, list, 0, 0, nullptr, &err), 3);
+    EXPECT_EQ(u_int32_to_vlist(k_ctx, k_id, list, 0, 1, u32, &err), 4);
+    EXPECT_EQ(err, 0u);
+    auto values = vlist_values(list);
+    ASSERT_EQ(values.size(), 4u);
+    EXPECT_EQ(values[0], (Value{uint64_t(9), "u_int8", false}));
+    EXPECT_EQ(values[1], (Value{uint64_t(300), "u_int16", true}));
+    EXPECT_EQ(values[2], (Value{Null{}, "u_int32", false}));
+    EXPECT_EQ(values[3], (Value{uint64_t(70000), "u_int32", false}));
+
+    EXPECT_LT(u_int8_to_vlist(k_ctx, k_id, list, 0, 1, u32, &err), 0);   // wrong word
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    err = 0;
+    fault_fail_nth("gx_do_vlist_add_value", 1);
+    EXPECT_LT(enum_to_vlist(k_ctx, k_id, list, 0, 1, "X", &err), 0);
+    EXPECT_EQ(vlist_values(list).size(), 4u);
+    gx_do_vlist_deref(list);
+    db::destroy_typed(u32);
+}
