@@ -6,45 +6,7 @@
 
 #include "traversal.h"
 
-// Leaf conversions, enumeration and flag-set helpers of the schema library. The value handle
-// is opaque; enum_to_properties takes the enumerator's text, bits_to_properties a vlist of
-// names and var_string_to_properties the characters.
-extern "C" {
-#define ZAN_FE_LEAF_CONV(leaf)                                                                            \
-    int32_t leaf##_to_properties(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props, \
-                                 int32_t is_default, int32_t present, const void* value, uint32_t* err);
-ZAN_FE_LEAF_CONV(int32)
-ZAN_FE_LEAF_CONV(u_int32)
-ZAN_FE_LEAF_CONV(rsl_vstring)
-ZAN_FE_LEAF_CONV(ip_address)
-ZAN_FE_LEAF_CONV(rsl_mac_addr)
-ZAN_FE_LEAF_CONV(u_int8)
-ZAN_FE_LEAF_CONV(u_int64)
-ZAN_FE_LEAF_CONV(u_int16)
-ZAN_FE_LEAF_CONV(rsl_boolean)
-ZAN_FE_LEAF_CONV(int16)
-#undef ZAN_FE_LEAF_CONV
-int32_t var_string_to_properties(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
-                                 int32_t is_default, int32_t present, const char* chars, uint32_t* err);
-int32_t enum_to_properties(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
-                           int32_t is_default, int32_t present, const char* text, uint32_t* err);
-int32_t bits_to_properties(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
-                           int32_t is_default, int32_t present, gx_do_vlist* names, uint32_t* err);
-
-// One element appended to a vlist; negative on failure.
-#define ZAN_FE_VLIST_CONV(leaf)                                                                           \
-    int32_t leaf##_to_vlist(rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* list, int32_t is_default,        \
-                            int32_t present, const void* value, uint32_t* err);
-ZAN_FE_VLIST_CONV(u_int8)
-ZAN_FE_VLIST_CONV(u_int16)
-ZAN_FE_VLIST_CONV(u_int32)
-#undef ZAN_FE_VLIST_CONV
-int32_t enum_to_vlist(rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* list, int32_t is_default, int32_t present,
-                      const char* text, uint32_t* err);
-
-int32_t ip_address_is_default(rsl_ctx_t ctx, rsl_ctx_id_t id, const void* value, const char* text, uint32_t* err);
-int32_t rsl_vstring_is_default(rsl_ctx_t ctx, rsl_ctx_id_t id, const void* value, const char* text, uint32_t* err);
-}
+#include "leaf_conversions.h"
 
 namespace zan::fe::props {
 

@@ -30,33 +30,13 @@
 
 #include "data_objects.h"
 #include "traversal.h"
+#include "leaf_conversions.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-#define ZAN_LEAF_FULL(leaf)                                                                               \
-    int32_t leaf##_to_properties(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props, \
-                                 int32_t is_default, int32_t present, const void* value, uint32_t* err)
-
-ZAN_LEAF_FULL(int32);
-ZAN_LEAF_FULL(u_int32);
-ZAN_LEAF_FULL(rsl_vstring);
-ZAN_LEAF_FULL(ip_address);
-ZAN_LEAF_FULL(rsl_mac_addr);
-ZAN_LEAF_FULL(u_int8);
-ZAN_LEAF_FULL(u_int64);
-ZAN_LEAF_FULL(u_int16);
-ZAN_LEAF_FULL(rsl_boolean);
-ZAN_LEAF_FULL(int16);
-#undef ZAN_LEAF_FULL
-
-int32_t var_string_to_properties(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
-                                 int32_t is_default, int32_t present, const char* chars, uint32_t* err);
-int32_t enum_to_properties(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
-                           int32_t is_default, int32_t present, const char* text, uint32_t* err);
-int32_t bits_to_properties(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
-                           int32_t is_default, int32_t present, gx_do_vlist* names, uint32_t* err);
+/* Full forms, element conversions and default comparisons: leaf_conversions.h. */
 
 #define ZAN_LEAF_PERF(type)                                                                             \
     int32_t type##_to_properties_perf(rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, gx_do_properties* props, \
@@ -95,18 +75,6 @@ ZAN_LEAF_PERF(u_int32);
 ZAN_LEAF_PERF(u_int64);
 ZAN_LEAF_PERF(u_int8);
 #undef ZAN_LEAF_PERF
-
-int32_t ip_address_is_default(rsl_ctx_t ctx, rsl_ctx_id_t id, const void* handle, const char* text, uint32_t* err);
-int32_t rsl_vstring_is_default(rsl_ctx_t ctx, rsl_ctx_id_t id, const void* handle, const char* text, uint32_t* err);
-
-int32_t u_int8_to_vlist(rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, int32_t is_default, int32_t present,
-                        const void* handle, uint32_t* err);
-int32_t u_int16_to_vlist(rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, int32_t is_default, int32_t present,
-                         const void* handle, uint32_t* err);
-int32_t u_int32_to_vlist(rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, int32_t is_default, int32_t present,
-                         const void* handle, uint32_t* err);
-int32_t enum_to_vlist(rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, int32_t is_default, int32_t present,
-                      const char* text, uint32_t* err);
 
 #ifdef __cplusplus
 }
