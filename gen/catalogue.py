@@ -41,10 +41,8 @@ class CatalogueError(Exception):
     pass
 
 
-LEAF_WORDS_WITH_CONVERSION = (
-    "u_int8", "u_int16", "int16", "u_int32", "int32", "u_int64",
-    "rsl_vstring", "rsl_boolean", "rsl_mac_addr", "ip_address",
-)
+# Leaf words that describe a field's shape rather than a value conversion of their own.
+SHAPE_WORDS = ("enum", "array", "flags")
 
 MAX_NAME = 256  # characters of a full attribute name
 
@@ -70,6 +68,7 @@ class Field:
     shape: str = ""           # arrays: 'fixed' | 'counted' | 'seq' | 'chars'
     bound: str = ""           # fixed size, or the count/length field
     record: "Record" = None
+    code: Optional[int] = None    # type code of the column; None for a nested field
 
     @property
     def prop_text(self) -> str:
@@ -82,10 +81,6 @@ class Field:
         if self.kind == "nested":
             return self.name if self.glued else self.name + "."
         return self.name
-
-    @property
-    def code(self) -> Optional[int]:
-        return None if self.kind == "nested" else LEAF_CODES[self.word]
 
 
 @dataclass
@@ -172,7 +167,6 @@ class Position:
     # filled in from the tree
     parent: Optional["Position"] = None
     dispatcher: Optional["Dispatcher"] = None
-    chain_index: int = -1
     order: int = -1            # order of the 331 traversers: dispatcher by dispatcher
 
     @property
@@ -241,9 +235,6 @@ class TypeSlot:
             return None
         prefix = {"enum": "enum_", "flags": "flag_"}.get(self.category, "type_")
         return f"{prefix}{self.name}_name"
-
-
-LEAF_CODES: dict = {}
 
 
 class Catalogue:
@@ -354,7 +345,6 @@ class Catalogue:
         if not m:
             raise CatalogueError(f"bad leaf line: {text}")
         self.leaves[m.group(1)] = int(m.group(2))
-        LEAF_CODES[m.group(1)] = int(m.group(2))
 
     def _st_library(self, text, loc, domain):
         m = re.fullmatch(r"library (\w+) kind=([24])", text)
@@ -580,7 +570,7 @@ class Catalogue:
                 where = f"{r.loc}: record {r.name}, field {f.name}"
                 if f.kind == "nested" and f.type not in self.records:
                     raise CatalogueError(f"{where}: nested type {f.type} is not a record")
-                if f.kind == "leaf" and f.word not in LEAF_WORDS_WITH_CONVERSION:
+                if f.kind == "leaf" and (f.word not in self.leaves or f.word in SHAPE_WORDS):
                     raise CatalogueError(f"{where}: unknown leaf word {f.word}")
                 if f.kind == "enum" and f.type not in self.enums:
                     raise CatalogueError(f"{where}: unknown enumeration {f.type}")
@@ -591,8 +581,10 @@ class Catalogue:
                         raise CatalogueError(f"{where}: sequence element {f.type} is not a record")
                     if f.shape in ("fixed", "counted") and f.type not in ("u_int8", "u_int16", "u_int32"):
                         raise CatalogueError(f"{where}: array element {f.type} has no element conversion")
-                if f.kind not in ("nested",) and f.word not in self.leaves:
-                    raise CatalogueError(f"{where}: word {f.word} has no type code")
+                if f.kind != "nested":
+                    if f.word not in self.leaves:
+                        raise CatalogueError(f"{where}: word {f.word} has no type code")
+                    f.code = self.leaves[f.word]
             if r.is_union:
                 disc = [i for i, f in enumerate(r.fields) if f.name == "descriminator"][0]
                 arms = [i for i, f in enumerate(r.fields) if f.arm]
@@ -635,14 +627,14 @@ class Catalogue:
                 if parent not in self.positions:
                     raise CatalogueError(f"{loc}: dispatcher of unknown table {parent}")
                 d = Dispatcher(self.positions[parent], link, loc=loc)
-            for i, name in enumerate(chain):
+            for name in chain:
                 if name not in self.positions:
                     raise CatalogueError(f"{loc}: chain names unknown position {name}")
                 if name in seen:
                     raise CatalogueError(f"{loc}: position {name} stands in two chains")
                 p = self.positions[name]
                 seen[name] = d
-                p.dispatcher, p.chain_index, p.order = d, i, order
+                p.dispatcher, p.order = d, order
                 p.parent = d.parent
                 order += 1
                 d.chain.append(p)
