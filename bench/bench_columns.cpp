@@ -8,19 +8,11 @@
 #include "zan/engine.hpp"
 #include "zan/platform.hpp"
 
+#include "bench_engine.hpp"
+
 namespace {
 
-const zan::engine::Engine& engine() {
-    static zan::engine::Engine* e = [] {
-        auto* fresh = new zan::engine::Engine;
-        if (auto err = fresh->load(zan::engine::Engine::default_library_path())) {
-            std::fprintf(stderr, "bench_columns: %s\n", err->c_str());
-            std::exit(1);
-        }
-        return fresh;
-    }();
-    return *e;
-}
+const zan::engine::Engine& engine() { return bench_engine("bench_columns"); }
 
 // Every named table once per iteration, each into a fresh list, as the engine does when
 // it describes the whole context.

@@ -10,27 +10,22 @@
 #include "zan/engine.hpp"
 #include "zan/platform.hpp"
 
+#include "bench_engine.hpp"
+
 namespace {
 
-struct Setup {
-    zan::engine::Engine engine;
-    std::unique_ptr<zan::db::Store> store;
-};
+const zan::engine::Engine& engine() { return bench_engine("bench_properties"); }
 
-Setup& setup() {
-    static Setup* s = [] {
-        auto* fresh = new Setup;
-        if (auto err = fresh->engine.load(zan::engine::Engine::default_library_path())) {
-            std::fprintf(stderr, "bench_properties: %s\n", err->c_str());
-            std::exit(1);
-        }
+// The built-in configuration, loaded once; the engine is loaded first, as the rows need it.
+const zan::db::Store& store() {
+    static const zan::db::Store* s = [] {
+        engine();
         auto loaded = zan::config::load_default();
         if (!loaded) {
             std::fprintf(stderr, "bench_properties: %s\n", loaded.error.c_str());
             std::exit(1);
         }
-        fresh->store = std::move(loaded.store);
-        return fresh;
+        return loaded.store.release();
     }();
     return *s;
 }
@@ -38,10 +33,9 @@ Setup& setup() {
 // Renders the first configured row of the table into a fresh properties object per
 // iteration (object creation and release included, as the engine pays them).
 void render_table(benchmark::State& state, const char* table) {
-    Setup& s = setup();
-    const auto row = s.engine.find_table(table);
+    const auto row = engine().find_table(table);
     const zan::db::TableInfo* info = zan::db::table_info(table);
-    if (!row || !info || s.store->rows(*info).empty()) {
+    if (!row || !info || store().rows(*info).empty()) {
         state.SkipWithError("table or row not found");
         return;
     }
@@ -49,7 +43,7 @@ void render_table(benchmark::State& state, const char* table) {
         state.SkipWithError("the library registers no to_properties");
         return;
     }
-    const zan::db::Row* r = s.store->rows(*info).front();
+    const zan::db::Row* r = store().rows(*info).front();
     size_t attributes = 0;
     {
         gx_do_properties* props = zan::plat::properties_new();

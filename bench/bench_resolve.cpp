@@ -9,21 +9,13 @@
 #include "zan/engine.hpp"
 #include "zan/platform.hpp"
 
+#include "bench_engine.hpp"
+
 namespace {
 
 using Keys = std::vector<std::pair<std::string, std::string>>;
 
-const zan::engine::Engine& engine() {
-    static zan::engine::Engine* e = [] {
-        auto* fresh = new zan::engine::Engine;
-        if (auto err = fresh->load(zan::engine::Engine::default_library_path())) {
-            std::fprintf(stderr, "bench_resolve: %s\n", err->c_str());
-            std::exit(1);
-        }
-        return fresh;
-    }();
-    return *e;
-}
+const zan::engine::Engine& engine() { return bench_engine("bench_resolve"); }
 
 // A keyed segment of a position: its segment and key name as the database's table
 // information has them.

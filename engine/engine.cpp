@@ -36,6 +36,13 @@ std::string executable_dir() {
     return ec ? std::string{} : exe.parent_path().string();
 }
 
+// The row the registered lookup gives for the name, or -1 when it gives none below `rows`.
+int32_t lookup_row(zan_mrst_lookup_fn lookup, std::string_view name, int rows) {
+    const std::string key(name);
+    const int32_t row = lookup(key.c_str());
+    return row >= 0 && row < rows ? row : -1;
+}
+
 }  // namespace
 
 std::string_view type_code_word(uint32_t code) {
@@ -119,9 +126,8 @@ std::vector<TableRow> Engine::table_rows() const {
 
 std::optional<TableRow> Engine::find_table(std::string_view name) const {
     if (!loaded()) return std::nullopt;
-    const std::string key(name);
-    const int32_t row = reg_->table_mrst_lookup(key.c_str());
-    if (row < 0 || row >= ZAN_TABLE_ROWS) return std::nullopt;
+    const int32_t row = lookup_row(reg_->table_mrst_lookup, name, ZAN_TABLE_ROWS);
+    if (row < 0) return std::nullopt;
     TableRow r = table_row(row);
     if (r.empty() || r.name() != name) return std::nullopt;
     return r;
@@ -140,9 +146,8 @@ TypeRow Engine::type_row(int row) const {
 
 std::optional<TypeRow> Engine::find_type(std::string_view name) const {
     if (!loaded()) return std::nullopt;
-    const std::string key(name);
-    const int32_t row = reg_->type_mrst_lookup(key.c_str());
-    if (row < 0 || row >= ZAN_TYPE_ROWS) return std::nullopt;
+    const int32_t row = lookup_row(reg_->type_mrst_lookup, name, ZAN_TYPE_ROWS);
+    if (row < 0) return std::nullopt;
     TypeRow r = type_row(row);
     if (r.empty()) return std::nullopt;
     return r;

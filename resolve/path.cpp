@@ -11,9 +11,6 @@ namespace zan::fe::resolve {
 
 namespace {
 
-constexpr uint32_t k_errno_noent = 2;
-constexpr uint32_t k_errno_nomem = 12;
-
 // A new arbor_id holding a LUID and a field id, stored at `index` of the traversal's
 // identity vector and released again (the vector keeps a copy). False: none could be made.
 bool add_identity(rsl_ctx_t ctx, rsl_ctx_id_t id, arbor_traverse* t, uint32_t index, const uint8_t* luid,
@@ -62,31 +59,24 @@ int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_u
     arbor_id* deref = arbor_traverse_deref_table_get(ctx, id, t, &err);
     if (deref != nullptr) arbor_id_type_luid_set_mem(ctx, id, deref, d.table_luid, ZAN_LUID_LEN, &err);
 
+    // Every failure after the creation: traced, the traversal dropped, an error returned.
+    auto fail = [&](uint32_t msg) {
+        trace(d.msg + msg, LT_LEVEL_ERROR);
+        arbor_traverse_destroy(ctx, id, t);
+        return k_pq_error;
+    };
     if (child) {
-        if (from == nullptr) {
-            trace(d.msg + k_p_no_from_table, LT_LEVEL_ERROR);
-            err = k_errno_noent;
-            arbor_traverse_destroy(ctx, id, t);
-            return k_pq_error;
-        }
+        if (from == nullptr) return fail(k_p_no_from_table);
         uint32_t row_field_id = 0;
         const uint8_t* row_luid = nullptr;
         from->get_field(ctx, id, d.parent_row, &row_field_id, &row_luid, &err);
-        if (!add_identity(ctx, id, t, 0, d.parent_luid, row_field_id, d.site + 1, &err)) {
-            trace(d.msg + k_p_id_failed, LT_LEVEL_ERROR);
-            err = k_errno_nomem;
-            arbor_traverse_destroy(ctx, id, t);
-            return k_pq_error;
-        }
+        if (!add_identity(ctx, id, t, 0, d.parent_luid, row_field_id, d.site + 1, &err)) return fail(k_p_id_failed);
         // Only the link field's id is used: the identity's LUID is the row field's.
         uint32_t link_field_id = 0;
         const uint8_t* link_luid = nullptr;
         d.link_info(ctx, id, d.link_field, &link_field_id, &link_luid, &err);
         if (row_luid != nullptr && !add_identity(ctx, id, t, 1, row_luid, link_field_id, d.site + 3, &err)) {
-            trace(d.msg + k_p_id2_failed, LT_LEVEL_ERROR);
-            err = k_errno_nomem;
-            arbor_traverse_destroy(ctx, id, t);
-            return k_pq_error;
+            return fail(k_p_id2_failed);
         }
     }
 

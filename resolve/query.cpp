@@ -56,7 +56,7 @@ Start begin(const QueryDesc& d, gx_do_nvlist* keys, uint32_t kind, uint32_t more
         } else if (needs_no_key(kind)) {
             *code = k_pq_taken;
         } else {
-            return Start::no_keys;   // traced at the caller's one site for it
+            return Start::no_keys;   // traced by open_query
         }
         return Start::done;
     }
@@ -92,6 +92,25 @@ bool alloc_arrays(const QueryDesc& d, int32_t len, KeyArrays& a) {
         return false;
     }
     return true;
+}
+
+// The start both templates share: the early answers and the two key arrays. False: the
+// call is answered and `code` holds the answer.
+bool open_query(const QueryDesc& d, gx_do_nvlist* keys, uint32_t kind, uint32_t more, KeyArrays& a,
+                int32_t* len, int32_t* code) {
+    switch (begin(d, keys, kind, more, len, code)) {
+        case Start::done:
+            return false;
+        case Start::no_keys:
+            trace_no_keys(d);
+            *code = k_pq_fail;
+            return false;
+        case Start::go_on:
+            break;
+    }
+    if (alloc_arrays(d, *len, a)) return true;
+    *code = k_pq_error;
+    return false;
 }
 
 // Reads up to len items of the key list. False: the list yields nothing.
@@ -131,15 +150,9 @@ int32_t query_traverse(const QueryDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, uint6
                        gx_do_nlist* pd_list, arbor_params_t* params, uint32_t request_kind, uint32_t more_segments) {
     uint32_t err = 0;
     int32_t len = 0, code = k_pq_fail;
-    const Start start = begin(d, keys, request_kind, more_segments, &len, &code);
-    if (start == Start::done) return code;
-    if (start == Start::no_keys) {
-        trace_no_keys(d);
-        return k_pq_fail;
-    }
-    const uint32_t flag = value_flag(request_kind);
     KeyArrays a;
-    if (!alloc_arrays(d, len, a)) return k_pq_error;
+    if (!open_query(d, keys, request_kind, more_segments, a, &len, &code)) return code;
+    const uint32_t flag = value_flag(request_kind);
     if (!read_keys(keys, len, a)) {
         trace_no_keys(d);
         return k_pq_fail;
@@ -190,23 +203,13 @@ int32_t compound_traverse(const CompoundDesc& c, rsl_ctx_t ctx, rsl_ctx_id_t id,
     const QueryDesc& d = c.q;
     uint32_t err = 0;
     int32_t len = 0, code = k_pq_fail;
-    const Start start = begin(d, keys, request_kind, more_segments, &len, &code);
-    if (start == Start::done) return code;
-    if (start == Start::no_keys) {
-        trace_no_keys(d);
-        return k_pq_fail;
-    }
-    const uint32_t flag = value_flag(request_kind);
     KeyArrays a;
-    if (!alloc_arrays(d, len, a)) return k_pq_error;
+    if (!open_query(d, keys, request_kind, more_segments, a, &len, &code)) return code;
+    const uint32_t flag = value_flag(request_kind);
     a.positions = static_cast<int32_t*>(__tallow_malloc(
         site_tag(d.site + 2), &__TY_tinfot_ptr_int32, __TY_tinfon_int32, &__TY_tinfot_ptr_default,
         __TY_tinfon_default, static_cast<size_t>(static_cast<int64_t>(len)) * sizeof(int32_t)));
-    if (a.positions == nullptr) {
-        __tallow_free(a.values);
-        __tallow_free(a.names);
-        a.values = nullptr;
-        a.names = nullptr;
+    if (a.positions == nullptr) {   // the arrays are freed on the way out
         trace(d.msg + k_qc_positions_failed, LT_LEVEL_ERROR);
         return k_pq_error;
     }

@@ -33,8 +33,9 @@ case "$job" in
     ;;
   bench)
     cmake -S . -B build -DZAN_BENCH=ON >&2
-    cmake --build build -j2 --target bench_columns bench_resolve zan_fe >&2
+    cmake --build build -j2 --target bench_columns bench_resolve bench_properties zan_fe >&2
     build/bench/bench_columns "$@"
-    exec build/bench/bench_resolve "$@"
+    build/bench/bench_resolve "$@"
+    exec build/bench/bench_properties "$@"
     ;;
 esac

@@ -16,7 +16,4 @@ namespace zanfe {
 std::unique_ptr<zan::db::Store> load_configuration(const std::optional<std::string>& file,
                                                    std::optional<int32_t>* default_variant = nullptr);
 
-// Whether this build carries a configuration loader (and a built-in configuration).
-bool have_configuration_loader();
-
 }  // namespace zanfe

@@ -92,15 +92,9 @@ bool injected_failure(uint32_t tag) {
 void* allocate(uint32_t tag, const char* type, std::size_t size) {
     Site* site = find_site(tag, type);
     site->attempts.fetch_add(1, std::memory_order_relaxed);
-    if (g_alloc_armed.load(std::memory_order_relaxed) && injected_failure(tag)) {
-        site->failed.fetch_add(1, std::memory_order_relaxed);
-        return nullptr;
-    }
-    if (size > SIZE_MAX - sizeof(Header)) {
-        site->failed.fetch_add(1, std::memory_order_relaxed);
-        return nullptr;
-    }
-    auto* h = static_cast<Header*>(std::malloc(sizeof(Header) + size));
+    Header* h = nullptr;
+    bool injected = g_alloc_armed.load(std::memory_order_relaxed) && injected_failure(tag);
+    if (!injected && size <= SIZE_MAX - sizeof(Header)) h = static_cast<Header*>(std::malloc(sizeof(Header) + size));
     if (!h) {
         site->failed.fetch_add(1, std::memory_order_relaxed);
         return nullptr;

@@ -37,6 +37,7 @@ enum FaultPoint : unsigned {
     fp_id_create,
     fp_params_set_last,
     fp_register_gx_vectors,
+    fp_get_field,
     k_fault_points
 };
 extern const std::string_view k_fault_point_names[k_fault_points];

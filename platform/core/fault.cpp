@@ -32,6 +32,7 @@ const std::string_view k_fault_point_names[k_fault_points] = {
     "arbor_id_create",
     "arbor_params_t_set_last",
     "arbor_register_fe_gx_vectors",
+    "get_field",
 };
 
 namespace {

@@ -75,6 +75,22 @@ int32_t to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, 
     return zan::plat::vlist_add(vlist, std::move(*v));
 }
 
+// A leaf whose value comes as a pointer rather than a handle: NULL while present is EINVAL.
+template <class Arg, class Make>
+int32_t given_to_properties(std::string_view leaf, const char* name, gx_do_properties* props, int32_t is_default,
+                            int32_t present, Arg* arg, uint32_t* err, Make make) {
+    if (word_set(err)) return 0;
+    Value v = null_value(leaf, is_default);
+    if (present) {
+        if (!arg) {
+            raise(err, k_einval);
+            return 0;
+        }
+        v.v = make(arg);
+    }
+    return set(name, props, std::move(v));
+}
+
 }  // namespace
 
 extern "C" {
@@ -98,44 +114,20 @@ LEAF_FULL(int16)
 
 int32_t var_string_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props,
                                  int32_t is_default, int32_t present, const char* chars, uint32_t* err) {
-    if (word_set(err)) return 0;
-    Value v = null_value("var_string", is_default);
-    if (present) {
-        if (!chars) {
-            raise(err, k_einval);
-            return 0;
-        }
-        v.v = std::string(chars);
-    }
-    return set(name, props, std::move(v));
+    return given_to_properties("var_string", name, props, is_default, present, chars, err,
+                               [](const char* c) { return std::string(c); });
 }
 
 int32_t enum_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props, int32_t is_default,
                            int32_t present, const char* text, uint32_t* err) {
-    if (word_set(err)) return 0;
-    Value v = null_value("enum", is_default);
-    if (present) {
-        if (!text) {
-            raise(err, k_einval);
-            return 0;
-        }
-        v.v = zan::plat::EnumText{text};
-    }
-    return set(name, props, std::move(v));
+    return given_to_properties("enum", name, props, is_default, present, text, err,
+                               [](const char* t) { return zan::plat::EnumText{t}; });
 }
 
 int32_t bits_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props, int32_t is_default,
                            int32_t present, gx_do_vlist* names, uint32_t* err) {
-    if (word_set(err)) return 0;
-    Value v = null_value("bits", is_default);
-    if (present) {
-        if (!names) {
-            raise(err, k_einval);
-            return 0;
-        }
-        v.v = zan::plat::vlist_values(names);
-    }
-    return set(name, props, std::move(v));
+    return given_to_properties("bits", name, props, is_default, present, names, err,
+                               [](gx_do_vlist* n) { return zan::plat::vlist_values(n); });
 }
 
 #define PERF_VIA(type)                                                                                        \

@@ -141,6 +141,19 @@ bool iter_peek(gx_do_iter* it, IterKind kind, IterState& st, const List*& list) 
     return true;
 }
 
+// Answers the element under the iterator and steps past it; NULL at the end or when the
+// iterator was not started on a list of this kind.
+template <class Out, class List, class Elems>
+Out* iter_next(gx_do_iter* it, IterKind kind, Elems List::*elems) {
+    IterState st;
+    const List* l;
+    if (!iter_peek(it, kind, st, l) || st.pos >= (l->*elems).size()) return nullptr;
+    auto* out = reinterpret_cast<Out*>(const_cast<typename Elems::value_type*>(&(l->*elems)[st.pos]));
+    ++st.pos;
+    std::memcpy(it->state, &st, sizeof st);
+    return out;
+}
+
 template <class T>
 T* make(FaultPoint point, Counter live) {
     if (hit(point)) return nullptr;
@@ -225,13 +238,7 @@ int32_t gx_do_nlist_has_next(gx_do_iter* it) {
 }
 
 gx_do_name* gx_do_nlist_get_next(gx_do_iter* it) {
-    IterState st;
-    const gx_do_nlist* l;
-    if (!iter_peek(it, it_nlist, st, l) || st.pos >= l->names.size()) return nullptr;
-    auto* name = reinterpret_cast<gx_do_name*>(const_cast<NameEntry*>(&l->names[st.pos]));
-    ++st.pos;
-    std::memcpy(it->state, &st, sizeof st);
-    return name;
+    return iter_next<gx_do_name>(it, it_nlist, &gx_do_nlist::names);
 }
 
 // ------------------------------------------------------------------ values
@@ -314,13 +321,7 @@ int32_t gx_do_nvlist_has_next(gx_do_iter* it) {
 }
 
 gx_do_nvlist_item* gx_do_nvlist_get_next(gx_do_iter* it) {
-    IterState st;
-    const gx_do_nvlist* l;
-    if (!iter_peek(it, it_nvlist, st, l) || st.pos >= l->items.size()) return nullptr;
-    auto* item = reinterpret_cast<gx_do_nvlist_item*>(const_cast<NamedValue*>(&l->items[st.pos]));
-    ++st.pos;
-    std::memcpy(it->state, &st, sizeof st);
-    return item;
+    return iter_next<gx_do_nvlist_item>(it, it_nvlist, &gx_do_nvlist::items);
 }
 
 const char* gx_do_nvlist_item_get_name(gx_do_nvlist_item* item) {

@@ -99,20 +99,26 @@ zan::plat::Registration& registration_for(Registrations& r, const char* context)
     return *it->second;
 }
 
+// Makes a traversal object in tagged memory, unless its fault point fires.
+template <class T>
+T* create_tagged(FaultPoint point, const char* type_name) {
+    if (hit(point)) {
+        tallow_set_callsite_tag(0);   // the pending tag is spent either way
+        return nullptr;
+    }
+    void* mem = tagged_alloc(sizeof(T), type_name);
+    if (!mem) return nullptr;
+    count(c_live_traversals);
+    return new (mem) T;
+}
+
 }  // namespace
 
 extern "C" {
 
 // ------------------------------------------------------------------ traversal objects
 arbor_traverse* arbor_traverse_create(rsl_ctx_t, rsl_ctx_id_t) {
-    if (hit(fp_traverse_create)) {
-        tallow_set_callsite_tag(0);   // the pending tag is spent either way
-        return nullptr;
-    }
-    void* mem = tagged_alloc(sizeof(arbor_traverse), "arbor_traverse");
-    if (!mem) return nullptr;
-    count(c_live_traversals);
-    return new (mem) arbor_traverse;
+    return create_tagged<arbor_traverse>(fp_traverse_create, "arbor_traverse");
 }
 
 void arbor_traverse_destroy(rsl_ctx_t, rsl_ctx_id_t, arbor_traverse* t) {
@@ -181,16 +187,7 @@ void arbor_traverse_key_data_set_mem(rsl_ctx_t, rsl_ctx_id_t, arbor_traverse* t,
     t->has_key_data = true;
 }
 
-arbor_id* arbor_id_create(rsl_ctx_t, rsl_ctx_id_t) {
-    if (hit(fp_id_create)) {
-        tallow_set_callsite_tag(0);
-        return nullptr;
-    }
-    void* mem = tagged_alloc(sizeof(arbor_id), "arbor_id");
-    if (!mem) return nullptr;
-    count(c_live_traversals);
-    return new (mem) arbor_id;
-}
+arbor_id* arbor_id_create(rsl_ctx_t, rsl_ctx_id_t) { return create_tagged<arbor_id>(fp_id_create, "arbor_id"); }
 
 void arbor_id_destroy(rsl_ctx_t, rsl_ctx_id_t, arbor_id* aid) {
     if (!aid) return;

@@ -284,7 +284,7 @@ void answer(const FieldInfo& f, uint32_t* id, const uint8_t** luid) {
 }
 
 bool lookup_fails(uint32_t* err) {
-    if (!plat::fault_hit("get_field")) return false;
+    if (!plat::detail::hit(plat::detail::fp_get_field)) return false;
     fail(err, 5);
     return true;
 }

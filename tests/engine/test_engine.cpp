@@ -9,20 +9,12 @@
 #include "zan/engine.hpp"
 #include "zan/platform.hpp"
 
+#include "shared_engine.hpp"
+
 namespace {
 
 using zan::engine::Column;
 using zan::engine::Engine;
-
-// One engine for the whole binary: the library stays loaded once it is, like in a device.
-Engine& engine() {
-    static Engine* e = [] {
-        auto* fresh = new Engine;
-        if (auto err = fresh->load(Engine::default_library_path())) ADD_FAILURE() << *err;
-        return fresh;
-    }();
-    return *e;
-}
 
 std::vector<Column> columns_of(const char* table) {
     auto row = engine().find_table(table);
@@ -124,6 +116,29 @@ TEST(EngineTables, FindByNameRoundTripsThroughTheRegisteredNumbering) {
         EXPECT_FALSE(engine().find_table(name)) << name;
     EXPECT_TRUE(engine().table_row(-1).empty());
     EXPECT_TRUE(engine().table_row(331).empty());
+}
+
+TEST(EngineTypes, FindByNameRoundTripsAndRefusesOtherNames) {
+    size_t named = 0;
+    std::string some;
+    for (int i = 0; i < ZAN_TYPE_ROWS; ++i) {
+        const auto r = engine().type_row(i);
+        ASSERT_EQ(r.row, i);
+        if (r.empty()) continue;
+        ++named;
+        some = std::string(r.name());
+        auto found = engine().find_type(r.name());
+        ASSERT_TRUE(found) << r.name();
+        EXPECT_EQ(found->row, i);
+        EXPECT_EQ(found->props, r.props);
+        EXPECT_EQ(found->vlist, r.vlist);
+        EXPECT_EQ(found->vft, r.vft);
+    }
+    ASSERT_GT(named, 0u);
+    for (const std::string& name : {std::string("zan_nope"), std::string(), some + "_", some.substr(0, some.size() - 1)})
+        EXPECT_FALSE(engine().find_type(name)) << name;
+    EXPECT_TRUE(engine().type_row(-1).empty());
+    EXPECT_TRUE(engine().type_row(ZAN_TYPE_ROWS).empty());
 }
 
 TEST(EngineColumns, ColumnsOfParticularTables) {

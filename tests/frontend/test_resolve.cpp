@@ -136,6 +136,17 @@ protected:
         zan::plat::uri_deref(uri);
         return rc;
     }
+    // The ROOT table's own dispatcher, asked about a lone "*" segment.
+    int32_t root_star(gx_do_nlist* pd_list, gx_do_nlist* pdc_list) {
+        using disp = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_uri_segment*, gx_do_nlist*, gx_do_nlist*,
+                                 arbor_params_t*, uint64_t, uint32_t, const void**, uint32_t);
+        const auto root = fn<disp>(("fe_" + k_ctx + "_ROOT_path_query_dispatch").c_str());
+        gx_do_uri* uri = zan::plat::uri_new({{"*", std::nullopt}});
+        const int32_t rc =
+            root(nullptr, 3, 0, gx_do_uri_get_segment(uri, 1), pd_list, pdc_list, params, 0, 0, &slot, 0);
+        zan::plat::uri_deref(uri);
+        return rc;
+    }
     std::vector<zan::plat::TraversalView> travs() { return zan::plat::params_traversals(params); }
     std::vector<std::string> pd_names() { return zan::plat::nlist_names(pd); }
     std::vector<std::string> pdc_names() { return zan::plat::nlist_names(pdc); }
@@ -313,15 +324,10 @@ TEST_F(Resolve, ASuccessTracesEachStepAtProgressLevel) {
 // ------------------------------------------------------------------ markers and the gate
 
 TEST_F(Resolve, TheMarkerScanRemovesEveryExactOccurrenceAndClosesTheGateOtherwise) {
-    using disp = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_uri_segment*, gx_do_nlist*, gx_do_nlist*,
-                             arbor_params_t*, uint64_t, uint32_t, const void**, uint32_t);
-    auto root = fn<disp>(("fe_" + k_ctx + "_ROOT_path_query_dispatch").c_str());
-    gx_do_uri* uri = zan::plat::uri_new({bare("*")});
-    gx_do_uri_segment* star = gx_do_uri_get_segment(uri, 1);
     auto ask = [&](std::vector<std::string> markers, bool with_pdc) {
         reset();
         for (const auto& m : markers) gx_do_nlist_add_string(pdc, m.c_str());
-        return root(nullptr, 3, 0, star, pd, with_pdc ? pdc : nullptr, params, 0, 0, &slot, 0);
+        return root_star(pd, with_pdc ? pdc : nullptr);
     };
 
     zan::plat::TraceCapture cap;
@@ -345,31 +351,24 @@ TEST_F(Resolve, TheMarkerScanRemovesEveryExactOccurrenceAndClosesTheGateOtherwis
     // With pd_list NULL the marker is removed all the same.
     reset();
     gx_do_nlist_add_string(pdc, "ROOT");
-    EXPECT_EQ(root(nullptr, 3, 0, star, nullptr, pdc, params, 0, 0, &slot, 0), 3);
+    EXPECT_EQ(root_star(nullptr, pdc), 3);
     EXPECT_TRUE(pdc_names().empty());
-    zan::plat::uri_deref(uri);
 }
 
 TEST_F(Resolve, ANameWithoutTextBeforeTheMarkerEndsTheScan) {
-    using disp = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_uri_segment*, gx_do_nlist*, gx_do_nlist*,
-                             arbor_params_t*, uint64_t, uint32_t, const void**, uint32_t);
-    auto root = fn<disp>(("fe_" + k_ctx + "_ROOT_path_query_dispatch").c_str());
-    gx_do_uri* uri = zan::plat::uri_new({bare("*")});
-    gx_do_uri_segment* star = gx_do_uri_get_segment(uri, 1);
     reset();
     zan::plat::nlist_add_textless(pdc);
     gx_do_nlist_add_string(pdc, "ROOT");
-    EXPECT_EQ(root(nullptr, 3, 0, star, pd, pdc, params, 0, 0, &slot, 0), 3);
+    EXPECT_EQ(root_star(pd, pdc), 3);
     EXPECT_TRUE(pd_names().empty()) << "the scan stopped before the marker, so the gate is closed";
     EXPECT_EQ(pdc_names(), (std::vector<std::string>{"", "ROOT"})) << "nothing was removed";
     // The same marker before the textless name is found and taken out.
     reset();
     gx_do_nlist_add_string(pdc, "ROOT");
     zan::plat::nlist_add_textless(pdc);
-    EXPECT_EQ(root(nullptr, 3, 0, star, pd, pdc, params, 0, 0, &slot, 0), 3);
+    EXPECT_EQ(root_star(pd, pdc), 3);
     EXPECT_EQ(pd_names().size(), 107u);
     EXPECT_EQ(pdc_names(), std::vector<std::string>{""});
-    zan::plat::uri_deref(uri);
 }
 
 TEST_F(Resolve, ChildrenAreRecognisedWithoutTheirParentsMarker) {

@@ -119,6 +119,16 @@ TEST_F(Leaf, ErrorWordAndStatus) {
     err = 0;
     EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 0, 1, nullptr, &err), 0);
     EXPECT_EQ(err, uint32_t(EINVAL));
+    // present with no value to read: the pointer-taking leaves refuse it the same way
+    err = 0;
+    EXPECT_EQ(enum_to_properties(k_ctx, k_id, "x", props, 0, 1, nullptr, &err), 0);
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    err = 0;
+    EXPECT_EQ(bits_to_properties(k_ctx, k_id, "x", props, 0, 1, nullptr, &err), 0);
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    err = 0;
+    EXPECT_EQ(var_string_to_properties(k_ctx, k_id, "x", props, 0, 1, nullptr, &err), 0);
+    EXPECT_EQ(err, uint32_t(EINVAL));
     EXPECT_TRUE(properties_items(props).empty());
 
     err = 0;

@@ -80,6 +80,7 @@ TEST_F(Objects, IteratorsWalkFromThePreparedRecord) {
     gx_do_iter_prepare(&it);
     gx_do_nvlist_iter(nv, &it);
     EXPECT_EQ(gx_do_nlist_has_next(&it), 0) << "an nvlist walk is not an nlist walk";
+    EXPECT_EQ(gx_do_nlist_get_next(&it), nullptr);   // and does not step it
     ASSERT_NE(gx_do_nvlist_has_next(&it), 0);
     gx_do_nvlist_item* first = gx_do_nvlist_get_next(&it);
     EXPECT_STREQ(gx_do_nvlist_item_get_name(first), "k1");

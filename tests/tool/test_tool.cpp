@@ -15,8 +15,6 @@
 #include <tuple>
 #include <vector>
 
-#include "zan/engine.hpp"
-
 namespace {
 
 struct ToolRun {
@@ -281,18 +279,6 @@ TEST(ToolHelp, HelpListsCommandsAndOptions) {
 
 // ---------------------------------------------------------------- resolve, ls, --db
 
-// Whether the library of this build resolves paths yet; tests of resolution skip until then.
-bool resolution_present() {
-    static const bool present = [] {
-        zan::engine::Engine e;
-        if (e.load(zan::engine::Engine::default_library_path())) return false;
-        return e.exports("zan_config_db_zan_config_db_context_P_tbl_ntp_peer_eol_fe_path_traverse");
-    }();
-    return present;
-}
-#define NEED_RESOLUTION() \
-    if (!resolution_present()) GTEST_SKIP() << "the front end does not resolve paths yet"
-
 std::vector<std::string> expected_lines(const char* file) {
     return split_lines(slurp(std::string(TOOL_EXPECT_DIR "/") + file));
 }
@@ -307,7 +293,6 @@ std::vector<std::string> split_tabs(const std::string& line) {
 }
 
 TEST(ToolLs, RootListingIsTheRootChainInOrder) {
-    NEED_RESOLUTION();
     const ToolRun r = zanfe({"ls", "*"});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.err, "");
@@ -318,7 +303,6 @@ TEST(ToolLs, RootListingIsTheRootChainInOrder) {
 }
 
 TEST(ToolLs, WithoutMarkersEveryTableOffersItsSegment) {
-    NEED_RESOLUTION();
     const ToolRun r = zanfe({"ls", "--all", "*"});
     ASSERT_EQ(r.status, 0) << r.err;
     const auto lines = split_lines(r.out);
@@ -327,7 +311,6 @@ TEST(ToolLs, WithoutMarkersEveryTableOffersItsSegment) {
 }
 
 TEST(ToolLs, ChildrenOfEveryParentInChainOrder) {
-    NEED_RESOLUTION();
     const auto rows = expected_lines("children.tsv");
     ASSERT_EQ(rows.size(), 22u);
     for (const auto& row : rows) {
@@ -344,7 +327,6 @@ TEST(ToolLs, ChildrenOfEveryParentInChainOrder) {
 }
 
 TEST(ToolLs, KeyNamesAndEmptyListings) {
-    NEED_RESOLUTION();
     EXPECT_EQ(zanfe({"ls", "ntp_peer_server[*]"}).out, "peer_server_key\n");
     EXPECT_EQ(zanfe({"ls", "vrf[vrf_key_vrf_name=red]/vrf_afi[*]"}).out, "vrf_af_afi\n");
     // A table without children lists nothing, and that is an answer.
@@ -358,7 +340,6 @@ TEST(ToolLs, KeyNamesAndEmptyListings) {
 }
 
 TEST(ToolLs, PathsThatDoNotGetToTheWildcard) {
-    NEED_RESOLUTION();
     expect_one_line_failure(zanfe({"ls", "nope/*"}),
                             "zanfe: path 'nope/*' does not resolve: code 3 at segment 1 'nope': "
                             "no table takes this segment here");
@@ -374,7 +355,6 @@ TEST(ToolLs, PathsThatDoNotGetToTheWildcard) {
 }
 
 TEST(ToolResolve, PrintsTraversalsSlotListsAndRows) {
-    NEED_RESOLUTION();
     const ToolRun r = zanfe({"resolve", "vrf[vrf_key_vrf_name=red]/vrf_afi[vrf_af_afi=1]/vrf_afi_rt[vrf_mode_rt_key=x]"});
     ASSERT_EQ(r.status, 0) << r.err;
     const auto lines = split_lines(r.out);
@@ -400,7 +380,6 @@ TEST(ToolResolve, PrintsTraversalsSlotListsAndRows) {
 }
 
 TEST(ToolResolve, KindDecidesWhetherTheLastKeyIsNeeded) {
-    NEED_RESOLUTION();
     // Kind 0 reads without a key: a path step alone.
     ToolRun r = zanfe({"resolve", "ntp_peer_server"});
     ASSERT_EQ(r.status, 0) << r.err;
@@ -421,7 +400,6 @@ TEST(ToolResolve, KindDecidesWhetherTheLastKeyIsNeeded) {
 }
 
 TEST(ToolResolve, FailuresNameTheSegment) {
-    NEED_RESOLUTION();
     expect_one_line_failure(zanfe({"resolve", "vrf[vrf_key_vrf_name=red]/nope"}),
                             "zanfe: path 'vrf[vrf_key_vrf_name=red]/nope' does not resolve: code 3 at segment 2 "
                             "'nope': no table takes this segment here");
@@ -498,15 +476,12 @@ std::vector<std::string> row_lines(const ToolRun& r) {
 }
 
 TEST(ToolDb, RowsOfAFileAreFoundByTheirKeysUnderTheirParents) {
-    NEED_RESOLUTION();
     const TempFile site(R"({"tbl_ci_vrf_eol": [
   {"vrf_key_vrf_name": "red", "children": {"tbl_ci_vrf_afi_mode_eol": [{"vrf_af_afi": 1}, {"vrf_af_afi": 2}]}},
   {"vrf_key_vrf_name": "blue", "children": {"tbl_ci_vrf_afi_mode_eol": [{"vrf_af_afi": 1}]}}],
  "tbl_ip_dhcp_svr": [{"vrf_name": "red", "dhcp_server": "10.0.0.1"}, {"vrf_name": "red", "dhcp_server": "10.0.0.2"}]})");
     auto resolve = [&](const std::string& path) { return zanfe({"--db", site.path, "resolve", path}); };
     const ToolRun probe = resolve("vrf");
-    if (probe.err.find("no configuration loader") != std::string::npos)
-        GTEST_SKIP() << "this build has no configuration loader";
     ASSERT_EQ(probe.status, 0) << probe.err;
     EXPECT_EQ(row_lines(probe), (std::vector<std::string>{"rows 2", "row tbl_ci_vrf_eol[vrf_key_vrf_name=red]",
                                                           "row tbl_ci_vrf_eol[vrf_key_vrf_name=blue]"}));
@@ -541,26 +516,6 @@ TEST(ToolDb, RowsOfAFileAreFoundByTheirKeysUnderTheirParents) {
 // ---------------------------------------------------------------- get and dump
 namespace {
 
-// Whether the library registers a to_properties for the tables rendered below. Without it
-// the tool must refuse with one line; the rendering tests then skip.
-bool rendering_present() {
-    static const bool present = [] {
-        zan::engine::Engine e;
-        if (e.load(zan::engine::Engine::default_library_path())) return false;
-        const auto t = e.find_table("tbl_ntp_peer_eol");
-        return t && t->gx->to_properties != nullptr;
-    }();
-    return present;
-}
-#define NEED_RENDERING()                                                                                      \
-    if (!resolution_present()) GTEST_SKIP() << "the front end does not resolve paths yet";                   \
-    if (!rendering_present()) {                                                                              \
-        expect_one_line_failure(zanfe({"get", "ntp_peer_server"}),                                           \
-                                "zanfe: table tbl_ntp_peer_eol: the front end registered no to_properties "  \
-                                "for it, so its rows cannot be rendered");                                   \
-        GTEST_SKIP() << "the front end registers no to_properties yet";                                      \
-    }
-
 // A configuration file for one test, removed with it.
 struct TempConfig {
     std::string path;
@@ -587,7 +542,6 @@ const char* const k_vrfs = R"({
 }  // namespace
 
 TEST(ToolGet, KeyedRowIsItsAttributesInDeliveryOrder) {
-    NEED_RENDERING();
     const ToolRun r = zanfe({"get", "ntp_peer_server[peer_server_key=10.0.0.1]"});
     ASSERT_EQ(r.status, 0) << r.err;
     const auto lines = split_lines(r.out);
@@ -612,7 +566,6 @@ TEST(ToolGet, KeyedRowIsItsAttributesInDeliveryOrder) {
 }
 
 TEST(ToolGet, WithoutKeyEveryRowBelowThePath) {
-    NEED_RENDERING();
     TempConfig cfg(k_vrfs);
     ToolRun r = zanfe({"--db", cfg.path, "get", "--json", "vrf[vrf_key_vrf_name=red]/vrf_afi"});
     ASSERT_EQ(r.status, 0) << r.err;
@@ -634,7 +587,6 @@ TEST(ToolGet, WithoutKeyEveryRowBelowThePath) {
 // The state marks come from the rendering; the default comparison follows the file's
 // default variant (a negative one turns it off).
 TEST(ToolGet, WithStateShowsMarksAndFollowsTheDefaultVariant) {
-    NEED_RENDERING();
     const std::string path = "cfg_http_client_proxy_eol[singleton_id=1]";
     TempConfig on(std::string(k_vrfs).replace(1, 0, "\"@default_variant\": 0,"));
     ToolRun r = zanfe({"--db", on.path, "get", "--with-state", path});
@@ -651,7 +603,6 @@ TEST(ToolGet, WithStateShowsMarksAndFollowsTheDefaultVariant) {
 }
 
 TEST(ToolGet, PathsThatGiveNoRow) {
-    NEED_RENDERING();
     TempConfig cfg(k_vrfs);
     expect_one_line_failure(zanfe({"--db", cfg.path, "get", "vrf[vrf_key_vrf_name=blue]"}),
                             "zanfe: path 'vrf[vrf_key_vrf_name=blue]': no such row in the configuration");
@@ -664,7 +615,6 @@ TEST(ToolGet, PathsThatGiveNoRow) {
 
 // dump reaches every row by its own path: each path it prints gives the same row to get.
 TEST(ToolDump, EveryRowByItsOwnPath) {
-    NEED_RENDERING();
     TempConfig cfg(k_vrfs);
     const ToolRun r = zanfe({"--db", cfg.path, "dump", "--json"});
     ASSERT_EQ(r.status, 0) << r.err;
@@ -686,7 +636,6 @@ TEST(ToolDump, EveryRowByItsOwnPath) {
 
 // The built-in configuration: every row renders, and the text form has one header per row.
 TEST(ToolDump, TheBuiltInConfigurationRendersCompletely) {
-    NEED_RENDERING();
     const ToolRun js = zanfe({"dump", "--json"});
     ASSERT_EQ(js.status, 0) << js.err;
     const auto j = parse_json(js.out);
@@ -702,7 +651,6 @@ TEST(ToolDump, TheBuiltInConfigurationRendersCompletely) {
 // A rendering that fails reports the row with both channels, status and error word, and
 // prints nothing of the row.
 TEST(ToolGet, FailedRenderingNamesTheRowStatusAndErrorWord) {
-    NEED_RENDERING();
     const std::string path = "ntp_peer_server[peer_server_key=10.0.0.1]";
     expect_one_line_failure(zanfe({"--fail", "accessor:1", "get", path}),
                             "zanfe: rendering /" + path + " failed: status 0, error 5 (Input/output error)");
