@@ -75,6 +75,42 @@ int32_t to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, 
     return zan::plat::vlist_add(vlist, std::move(*v));
 }
 
+int32_t to_nvlist(std::string_view leaf, const char* name, gx_do_nvlist* nvlist, int32_t is_default,
+                  int32_t present, const void* handle, uint32_t* err) {
+    if (word_set(err)) return 0;
+    if (!name) return -1;
+    if (!present) return zan::plat::nvlist_add(nvlist, name, null_value(leaf, is_default));
+    auto v = read(handle, leaf, err);
+    if (!v) return -1;
+    v->is_default = is_default != 0;
+    return zan::plat::nvlist_add(nvlist, name, std::move(*v));
+}
+
+int32_t all_to_vlist(std::string_view type, const void* handle, gx_do_vlist* vlist, uint32_t* err) {
+    if (word_set(err) || !vlist) return -1;
+    auto v = read(handle, {}, err);
+    if (!v) return -1;
+    v->leaf = type;
+    v->is_default = false;
+    return zan::plat::vlist_add(vlist, std::move(*v));
+}
+
+// The vlist form of given_to_properties.
+template <class Arg, class Make>
+int32_t given_to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, int32_t present, Arg* arg,
+                       uint32_t* err, Make make) {
+    if (word_set(err)) return 0;
+    Value v = null_value(leaf, is_default);
+    if (present) {
+        if (!arg) {
+            raise(err, k_einval);
+            return -1;
+        }
+        v.v = make(arg);
+    }
+    return zan::plat::vlist_add(vlist, std::move(v));
+}
+
 // A leaf whose value comes as a pointer rather than a handle: NULL while present is EINVAL.
 template <class Arg, class Make>
 int32_t given_to_properties(std::string_view leaf, const char* name, gx_do_properties* props, int32_t is_default,
@@ -187,18 +223,64 @@ int32_t rsl_vstring_is_default(rsl_ctx_t, rsl_ctx_id_t, const void* handle, cons
     return std::get<std::string>(v->v) == text ? 1 : 0;
 }
 
-int32_t u_int8_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
-                        const void* handle, uint32_t* err) {
-    return to_vlist("u_int8", vlist, is_default, present, handle, err);
+#define LEAF_VLIST(leaf)                                                                                  \
+    int32_t leaf##_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present, \
+                            const void* value, uint32_t* err) {                                             \
+        return to_vlist(#leaf, vlist, is_default, present, value, err);                                     \
+    }                                                                                                       \
+    int32_t leaf##_to_nvlist(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_nvlist* nvlist,               \
+                             int32_t is_default, int32_t present, const void* value, uint32_t* err) {       \
+        return to_nvlist(#leaf, name, nvlist, is_default, present, value, err);                             \
+    }
+LEAF_VLIST(int32)
+LEAF_VLIST(u_int32)
+LEAF_VLIST(rsl_vstring)
+LEAF_VLIST(ip_address)
+LEAF_VLIST(rsl_mac_addr)
+LEAF_VLIST(u_int8)
+LEAF_VLIST(u_int64)
+LEAF_VLIST(u_int16)
+LEAF_VLIST(rsl_boolean)
+LEAF_VLIST(int16)
+#undef LEAF_VLIST
+
+int32_t var_string_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
+                            const char* chars, uint32_t* err) {
+    return given_to_vlist("var_string", vlist, is_default, present, chars, err,
+                          [](const char* c) { return std::string(c); });
 }
-int32_t u_int16_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
-                         const void* handle, uint32_t* err) {
-    return to_vlist("u_int16", vlist, is_default, present, handle, err);
+
+int32_t bits_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
+                      gx_do_vlist* names, uint32_t* err) {
+    return given_to_vlist("bits", vlist, is_default, present, names, err,
+                          [](gx_do_vlist* n) { return zan::plat::vlist_values(n); });
 }
-int32_t u_int32_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
-                         const void* handle, uint32_t* err) {
-    return to_vlist("u_int32", vlist, is_default, present, handle, err);
+
+int32_t enum_to_nvlist(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_nvlist* nvlist, int32_t is_default,
+                       int32_t present, const char* text, uint32_t* err) {
+    if (word_set(err)) return 0;
+    if (!name) return -1;
+    Value v = null_value("enum", is_default);
+    if (present) {
+        if (!text) {
+            raise(err, k_einval);
+            return -1;
+        }
+        v.v = zan::plat::EnumText{text};
+    }
+    return zan::plat::nvlist_add(nvlist, name, std::move(v));
 }
+
+// Whole-value forms of the library's base types: the value the handle holds, one entry,
+// under the type's own word. with_state is ignored.
+#define BASE_ALL(type)                                                                                      \
+    int32_t type##_to_vlist_all(rsl_ctx_t, rsl_ctx_id_t, const void* obj, gx_do_vlist* vlist, int32_t,      \
+                                uint32_t* err) {                                                            \
+        return all_to_vlist(#type, obj, vlist, err);                                                        \
+    }
+ZAN_BASE_TYPES(BASE_ALL)
+BASE_ALL(rsl_boolean)
+#undef BASE_ALL
 
 int32_t enum_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
                       const char* text, uint32_t* err) {

@@ -234,3 +234,138 @@ TEST_F(Leaf, ElementConversions) {
     gx_do_vlist_deref(list);
     db::destroy_typed(u32);
 }
+
+// The value-list and name-value forms of every leaf keep the value, width, leaf word and
+// mark of the full forms; present 0 gives a null and leaves the handle unread.
+TEST_F(Leaf, VlistAndNvlistFormsOfEveryLeaf) {
+    auto consumer = db::make_record("consumer");
+    db::set_int(*consumer, "cid", 255);
+    db::set_int(*consumer, "app_id", 65535);
+    auto counters = db::make_record("stat_counters");
+    db::set_u64(*counters, "byte_cnt", UINT64_MAX);
+    auto proxy = db::make_record("cfg_http_client_proxy_eol");
+    db::set_text(*proxy, "http_proxy_name", "proxy.example");
+    db::set_int(*proxy, "http_proxy_port", -2);
+    db::set_int(*proxy, "singleton_id", 4000000000u);
+    auto trk = db::make_record("cfg_dev_trk_bt_setlog_eol");
+    db::set_bool(*trk, "bt_log_set", true);
+    auto mac = db::make_record("conf_mac_nacl_dsthost_cp");
+    db::set_mac(*mac, "destination_mac_address", *parse_mac("aa:bb:cc:00:11:22"));
+    auto route = db::make_record("route");
+    db::set_ip(*route, "addr", "2001:db8::1");
+    void* i32 = db::make_typed_int32(-7);
+    struct Case {
+        int32_t (*full)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_properties*, int32_t, int32_t, const void*,
+                        uint32_t*);
+        int32_t (*vl)(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist*, int32_t, int32_t, const void*, uint32_t*);
+        int32_t (*nv)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_nvlist*, int32_t, int32_t, const void*, uint32_t*);
+        const void* handle;
+        const char* leaf;
+    };
+#define ZAN_FORMS(leaf) leaf##_to_properties, leaf##_to_vlist, leaf##_to_nvlist
+    const Case cases[] = {
+        {ZAN_FORMS(int32), i32, "int32"},
+        {ZAN_FORMS(u_int32), db::handle(*proxy, "singleton_id"), "u_int32"},
+        {ZAN_FORMS(rsl_vstring), db::handle(*proxy, "http_proxy_name"), "rsl_vstring"},
+        {ZAN_FORMS(ip_address), db::handle(*route, "addr"), "ip_address"},
+        {ZAN_FORMS(rsl_mac_addr), db::handle(*mac, "destination_mac_address"), "rsl_mac_addr"},
+        {ZAN_FORMS(u_int8), db::handle(*consumer, "cid"), "u_int8"},
+        {ZAN_FORMS(u_int64), db::handle(*counters, "byte_cnt"), "u_int64"},
+        {ZAN_FORMS(u_int16), db::handle(*consumer, "app_id"), "u_int16"},
+        {ZAN_FORMS(rsl_boolean), db::handle(*trk, "bt_log_set"), "rsl_boolean"},
+        {ZAN_FORMS(int16), db::handle(*proxy, "http_proxy_port"), "int16"},
+    };
+#undef ZAN_FORMS
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.leaf);
+        const void* handle = c.handle;
+        ASSERT_EQ(c.full(k_ctx, k_id, "p", props, 1, 1, handle, &err), 0);
+        gx_do_vlist* list = gx_do_vlist_new();
+        gx_do_nvlist* nvlist = gx_do_nvlist_new();
+        EXPECT_EQ(c.vl(k_ctx, k_id, list, 1, 1, handle, &err), 1);
+        EXPECT_EQ(c.vl(k_ctx, k_id, list, 0, 0, nullptr, &err), 2);
+        EXPECT_EQ(c.nv(k_ctx, k_id, "k", nvlist, 1, 1, handle, &err), 1);
+        EXPECT_EQ(c.nv(k_ctx, k_id, "n", nvlist, 0, 0, nullptr, &err), 2);
+        EXPECT_EQ(err, 0u);
+        const auto values = vlist_values(list);
+        const auto items = nvlist_items(nvlist);
+        ASSERT_EQ(values.size(), 2u);
+        ASSERT_EQ(items.size(), 2u);
+        EXPECT_EQ(values[0], at("p"));
+        EXPECT_EQ(items[0], (NamedValue{"k", at("p")}));
+        EXPECT_EQ(values[1], (Value{Null{}, c.leaf, false}));
+        EXPECT_EQ(items[1], (NamedValue{"n", Value{Null{}, c.leaf, false}}));
+        // a pending error adds nothing; a handle of another word is refused with EINVAL
+        err = 5;
+        EXPECT_EQ(c.vl(k_ctx, k_id, list, 0, 1, handle, &err), 0);
+        EXPECT_EQ(c.nv(k_ctx, k_id, "k", nvlist, 0, 1, handle, &err), 0);
+        err = 0;
+        const void* other = c.handle == i32 ? db::handle(*consumer, "cid") : i32;
+        EXPECT_LT(c.vl(k_ctx, k_id, list, 0, 1, other, &err), 0);
+        EXPECT_EQ(err, uint32_t(EINVAL));
+        err = 0;
+        EXPECT_LT(c.nv(k_ctx, k_id, "k", nvlist, 0, 1, other, &err), 0);
+        EXPECT_EQ(err, uint32_t(EINVAL));
+        err = 0;
+        EXPECT_LT(c.nv(k_ctx, k_id, nullptr, nvlist, 0, 1, handle, &err), 0);
+        EXPECT_EQ(gx_do_vlist_get_len(list), 2);
+        EXPECT_EQ(gx_do_nvlist_get_len(nvlist), 2);
+        gx_do_vlist_deref(list);
+        gx_do_nvlist_deref(nvlist);
+    }
+    db::destroy_typed(i32);
+}
+
+// Pointer-given forms, the enumeration's entry and the whole-value rows of base types.
+TEST_F(Leaf, GivenFormsAndBaseRows) {
+    gx_do_vlist* list = gx_do_vlist_new();
+    gx_do_vlist* names = gx_do_vlist_new();
+    ASSERT_EQ(enum_to_vlist(k_ctx, k_id, names, 0, 1, "A", &err), 1);
+    EXPECT_EQ(var_string_to_vlist(k_ctx, k_id, list, 0, 1, "Gi0/1", &err), 1);
+    EXPECT_EQ(bits_to_vlist(k_ctx, k_id, list, 1, 1, names, &err), 2);
+    EXPECT_EQ(bits_to_vlist(k_ctx, k_id, list, 0, 0, nullptr, &err), 3);
+    EXPECT_EQ(err, 0u);
+    EXPECT_LT(var_string_to_vlist(k_ctx, k_id, list, 0, 1, nullptr, &err), 0);
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    err = 0;
+    auto values = vlist_values(list);
+    ASSERT_EQ(values.size(), 3u);
+    EXPECT_EQ(values[0], (Value{std::string("Gi0/1"), "var_string", false}));
+    EXPECT_EQ(values[1].leaf, "bits");
+    EXPECT_TRUE(values[1].is_default);
+    EXPECT_EQ(std::get<ValueList>(values[1].v).size(), 1u);
+    EXPECT_EQ(values[2], (Value{Null{}, "bits", false}));
+
+    gx_do_nvlist* nvlist = gx_do_nvlist_new();
+    EXPECT_EQ(enum_to_nvlist(k_ctx, k_id, "e", nvlist, 0, 1, "ZAN_CFG_1", &err), 1);
+    EXPECT_EQ(enum_to_nvlist(k_ctx, k_id, "e", nvlist, 0, 0, nullptr, &err), 2);
+    EXPECT_LT(enum_to_nvlist(k_ctx, k_id, "e", nvlist, 0, 1, nullptr, &err), 0);
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    err = 0;
+    auto items = nvlist_items(nvlist);
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(items[0], (NamedValue{"e", Value{EnumText{"ZAN_CFG_1"}, "enum", false}}));
+
+    // A base row adds the handle's value under the type's own word, whatever with_state says.
+    void* u16 = db::make_typed(db::Word::u_int16, "7");
+    void* ip = db::make_typed(db::Word::ip_address, "1.2.3.4");
+    gx_do_vlist* rows = gx_do_vlist_new();
+    EXPECT_EQ(u_int16_to_vlist_all(k_ctx, k_id, u16, rows, 1, &err), 1);
+    EXPECT_EQ(counter64_to_vlist_all(k_ctx, k_id, u16, rows, 0, &err), 2);
+    EXPECT_EQ(ip_address_to_vlist_all(k_ctx, k_id, ip, rows, 0, &err), 3);
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(rsl_boolean_to_vlist_all(k_ctx, k_id, nullptr, rows, 0, &err), -1);
+    EXPECT_EQ(err, uint32_t(EINVAL));
+    EXPECT_EQ(u_int16_to_vlist_all(k_ctx, k_id, u16, rows, 0, &err), -1);  // pending error
+    err = 0;
+    EXPECT_EQ(u_int16_to_vlist_all(k_ctx, k_id, u16, nullptr, 0, &err), -1);
+    values = vlist_values(rows);
+    ASSERT_EQ(values.size(), 3u);
+    EXPECT_EQ(values[0], (Value{uint64_t(7), "u_int16", false}));
+    EXPECT_EQ(values[1], (Value{uint64_t(7), "counter64", false}));
+    EXPECT_EQ(values[2].leaf, "ip_address");
+    db::destroy_typed(u16);
+    db::destroy_typed(ip);
+    for (auto* l : {list, names, rows}) gx_do_vlist_deref(l);
+    gx_do_nvlist_deref(nvlist);
+}
