@@ -28,6 +28,22 @@ void* symbol(const char* name) {
     return p;
 }
 
+void* internal_symbol(const std::string& name) {
+    static const std::map<std::string, uint64_t> local = [] {
+        std::map<std::string, uint64_t> out;
+        for (const ElfSymbol& s : read_elf(ZAN_FE_LIBRARY).symtab)
+            if (s.type == STT_FUNC && s.value != 0) out.emplace(s.name, s.value);
+        return out;
+    }();
+    auto it = local.find(name);
+    Dl_info info{};
+    if (it == local.end() || dladdr(dlsym(library(), ZAN_FE_INIT_SYMBOL), &info) == 0) {
+        ADD_FAILURE() << "libzanfe.so has no function " << name;
+        return nullptr;
+    }
+    return static_cast<char*>(info.dli_fbase) + it->second;
+}
+
 int32_t init() {
     zan::plat::registration_reset();
     return fn<zan_fe_init_fn>(ZAN_FE_INIT_SYMBOL)();
@@ -147,6 +163,26 @@ Elf read_elf(const std::string& path) {
         }
     }
     return elf;
+}
+
+const zan_gx_table_row& table_row(const std::string& table) {
+    init();
+    return static_cast<const zan_gx_table_row*>(registered().gx_dispatch)[expect().table(table).row];
+}
+
+zan_type_to_properties_fn type_row(const std::string& type) {
+    init();
+    const auto* rows = static_cast<const zan_gx_type_props_row*>(registered().type_gx_lut);
+    for (const TypeRow& t : expect().types)
+        if (t.name == type) return rows[t.row].to_properties;
+    ADD_FAILURE() << "no type row " << type;
+    return nullptr;
+}
+
+std::vector<std::string> names_of(gx_do_properties* props) {
+    std::vector<std::string> out;
+    for (const zan::plat::NamedValue& nv : zan::plat::properties_items(props)) out.push_back(nv.name);
+    return out;
 }
 
 }  // namespace fe_test

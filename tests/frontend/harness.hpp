@@ -19,6 +19,13 @@ template <class T>
 T fn(const char* name) {
     return reinterpret_cast<T>(symbol(name));
 }
+// A function the library keeps inside (no export, no row refers to it), found through the
+// file's symbol table; fails the test when missing.
+void* internal_symbol(const std::string& name);
+template <class T>
+T internal(const std::string& name) {
+    return reinterpret_cast<T>(internal_symbol(name));
+}
 
 // Resets the platform's registrations and calls the initialiser by name; answers its result.
 int32_t init();
@@ -55,6 +62,12 @@ struct Expect {
     const RecordRow& record(const std::string& name) const;
 };
 const Expect& expect();
+
+// Rows of the registered vectors, after init().
+const zan_gx_table_row& table_row(const std::string& table);        // zan_config_db_fe_gx_dispatch_vft
+zan_type_to_properties_fn type_row(const std::string& type);          // zan_config_db_type_gx_lut
+// Attribute names of a properties object, in delivery order.
+std::vector<std::string> names_of(gx_do_properties* props);
 
 // A column list filled by one call, freed with the object.
 struct Ntlist {

@@ -17,26 +17,6 @@ namespace {
 constexpr uint32_t k_error_level = 0x3000000;
 constexpr uint32_t k_debug_level = 0x7000000;
 
-const zan_gx_table_row& table_row(const std::string& table) {
-    init();
-    return static_cast<const zan_gx_table_row*>(registered().gx_dispatch)[expect().table(table).row];
-}
-
-zan_type_to_properties_fn type_row(const std::string& type) {
-    init();
-    const auto* rows = static_cast<const zan_gx_type_props_row*>(registered().type_gx_lut);
-    for (const TypeRow& t : expect().types)
-        if (t.name == type) return rows[t.row].to_properties;
-    ADD_FAILURE() << "no type row " << type;
-    return nullptr;
-}
-
-std::vector<std::string> names_of(gx_do_properties* props) {
-    std::vector<std::string> out;
-    for (const plat::NamedValue& nv : plat::properties_items(props)) out.push_back(nv.name);
-    return out;
-}
-
 std::string without_dots(std::string s) {
     std::erase(s, '.');
     return s;

@@ -1,0 +1,208 @@
+// Rendering to properties when a step fails: each failure's status, its trace (or the
+// deliberate lack of one), the error word, and what stays released.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "harness.hpp"
+#include "zan/database.hpp"
+
+using namespace fe_test;
+namespace db = zan::db;
+namespace plat = zan::plat;
+
+namespace {
+
+constexpr uint32_t k_error_level = 0x3000000;
+using null_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_properties*, uint32_t*);
+
+std::vector<std::string> texts(const plat::TraceCapture& traces) {
+    std::vector<std::string> out;
+    for (const auto& r : traces.records()) out.push_back(r.text);
+    return out;
+}
+
+class PropsFail : public ::testing::Test {
+protected:
+    gx_do_properties* props = plat::properties_new();
+    uint32_t err = 0;
+    void TearDown() override {
+        plat::properties_deref(props);
+        plat::fault_clear_all();
+        EXPECT_EQ(plat::live_objects().vlist, 0) << "a list was not released";
+    }
+    void fresh() {
+        plat::properties_deref(props);
+        props = plat::properties_new();
+    }
+    int32_t render(const std::string& type, const db::Record& rec, const char* prefix = "", int32_t state = 0) {
+        return type_row(type)(nullptr, 0, prefix, props, &rec, state, &err);
+    }
+};
+
+}  // namespace
+
+// A failing leaf conversion passes its status up; the traced leaves name the type and
+// field, the three address-like ones stay silent, a character array names the bare field.
+TEST_F(PropsFail, LeafConversionFailuresByLeafWord) {
+    struct Case {
+        const char* type;
+        const char* attribute;
+        const char* trace;   // "" : none
+    };
+    const Case cases[] = {
+        {"consumer", "cid", "consumer to_properties: u_int8_to_properties failed for consumer_cid"},
+        {"consumer", "app_id", "consumer to_properties: u_int16_to_properties failed for consumer_app_id"},
+        {"stat_counters", "pkt_cnt", "stat_counters to_properties: u_int64_to_properties failed for stat_counters_pkt_cnt"},
+        {"cfg_http_client_proxy_eol", "singleton_id",
+         "cfg_http_client_proxy_eol to_properties: u_int32_to_properties failed for cfg_http_client_proxy_eol_singleton_id"},
+        {"cfg_http_client_proxy_eol", "http_proxy_port",
+         "cfg_http_client_proxy_eol to_properties: int16_to_properties failed for cfg_http_client_proxy_eol_http_proxy_port"},
+        {"cfg_http_client_proxy_eol", "http_proxy_name", ""},
+        {"cfg_dev_trk_bt_setlog_eol", "bt_log_set",
+         "cfg_dev_trk_bt_setlog_eol to_properties: rsl_boolean_to_properties failed for cfg_dev_trk_bt_setlog_eol_bt_log_set"},
+        {"conf_mac_nacl_dsthost_cp", "destination_mac_address", ""},
+        {"route", "addr", ""},
+        {"if_name", "name", "if_name to_properties: var_string_to_properties failed for name"},
+        {"layer_key", "flag", "layer_key to_properties: layer_flag_to_properties failed for layer_key_flag"},
+        {"db_fields", "flags", "db_fields to_properties: db_flags_to_properties failed for db_fields_flags"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.type) + "." + c.attribute);
+        db::RecordPtr rec = db::make_record(c.type);
+        fresh();
+        ASSERT_EQ(render(c.type, *rec), 0);
+        const std::vector<std::string> names = names_of(props);
+        const auto at = std::find(names.begin(), names.end(), c.attribute);
+        ASSERT_NE(at, names.end());
+        fresh();
+        plat::TraceCapture traces;
+        plat::fault_fail_nth("gx_do_properties_set_value", long(at - names.begin()) + 1);
+        EXPECT_EQ(render(c.type, *rec), -1);
+        EXPECT_EQ(err, 0u);
+        // what went out before the failure stays
+        EXPECT_EQ(names_of(props), std::vector<std::string>(names.begin(), at));
+        if (*c.trace == 0) {
+            EXPECT_TRUE(traces.records().empty());
+        } else {
+            ASSERT_EQ(traces.records().size(), 1u);
+            EXPECT_EQ(traces.records()[0].text, c.trace);
+            EXPECT_EQ(traces.records()[0].level, k_error_level);
+        }
+        plat::fault_clear_all();
+    }
+}
+
+TEST_F(PropsFail, DiscriminatorWithoutANameFailsTheUnion) {
+    db::RecordPtr rec = db::make_record("ntp_peer_cp");
+    db::set_int(*rec, "descriminator", 23);   // ZAN_CFG_21 is the last name
+    plat::TraceCapture traces;
+    EXPECT_EQ(render("ntp_peer_cp", *rec), 3);
+    EXPECT_EQ(texts(traces),
+              std::vector<std::string>{"ntp_peer_cp to_properties: zan_cfg_union_to_properties failed for ntp_peer_cp_descriminator"});
+    EXPECT_TRUE(names_of(props).empty());
+}
+
+// Fixed arrays fail with 3 where counted ones give 10002; the list is released on every path.
+TEST_F(PropsFail, FixedArrayFailures) {
+    db::RecordPtr rec = db::make_record("en_address");
+    {
+        plat::TraceCapture traces;
+        plat::fault_fail_nth("gx_do_vlist_new", 1);
+        EXPECT_EQ(render("en_address", *rec), 3);
+        EXPECT_EQ(texts(traces), std::vector<std::string>{"en_address to_properties: gx_do_vlist_new failed"});
+    }
+    {
+        plat::TraceCapture traces;
+        plat::fault_fail_nth("gx_do_vlist_add_value", 3);
+        EXPECT_EQ(render("en_address", *rec), 3);
+        EXPECT_EQ(texts(traces), std::vector<std::string>{"en_address to_properties: u_int8_to_vlist failed for en_address_addr"});
+    }
+    {
+        plat::TraceCapture traces;
+        plat::fault_fail_nth("gx_do_properties_set_array", 1);
+        EXPECT_EQ(render("en_address", *rec), -1);
+        EXPECT_EQ(texts(traces), std::vector<std::string>{"en_address to_properties: gx_do_properties_set_array failed"});
+    }
+    EXPECT_TRUE(names_of(props).empty());
+    EXPECT_EQ(err, 0u);
+}
+
+TEST_F(PropsFail, ArrayStateNullThatFailsGivesThree) {
+    db::RecordPtr rec = db::make_record("vlan_group");
+    db::set_state(*rec, "vlans", 0);
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_properties_set_null", 1);
+    EXPECT_EQ(render("vlan_group", *rec, "", 1), 3);
+    EXPECT_EQ(texts(traces).back(), "vlan_group to_properties: gx_do_properties_set_null failed for vlan_group_vlans");
+}
+
+// A set error word skips leaves but not an array: its room check runs and it is set, empty.
+TEST_F(PropsFail, ErrorWordBeforeAnArrayStillSetsItEmpty) {
+    db::RecordPtr rec = db::make_record("vlan_group");
+    db::set_array(*rec, "vlans", {5, 6});
+    plat::fault_fail_nth("accessor", 1);   // the group's name, the first field
+    EXPECT_EQ(render("vlan_group", *rec), 0);
+    EXPECT_NE(err, 0u);
+    ASSERT_EQ(names_of(props), std::vector<std::string>{"vlans"});
+    const plat::Value* v = plat::properties_get(props, "vlans");
+    ASSERT_TRUE(std::holds_alternative<plat::ValueList>(v->v));
+    EXPECT_TRUE(std::get<plat::ValueList>(v->v).empty());
+}
+
+// Null renderings: the normal form checks prefix and error word with its own trace, the
+// lenient form (extensions, obj_type groups) takes a null prefix and names stand alone.
+TEST_F(PropsFail, NullRenderingArgumentsAndRoom) {
+    auto normal = internal<null_fn>("ntp_peer_cp_0_cp_to_null_properties");
+    ASSERT_NE(normal, nullptr);
+    for (bool null_err : {false, true}) {
+        plat::TraceCapture traces;
+        EXPECT_EQ(normal(nullptr, 0, null_err ? "p." : nullptr, props, null_err ? nullptr : &err), 3);
+        EXPECT_EQ(texts(traces), std::vector<std::string>{"ntp_peer_cp_0_cp to_properties null argument(s)"});
+    }
+    {
+        plat::TraceCapture traces;
+        EXPECT_EQ(normal(nullptr, 0, std::string(257, 'p').c_str(), props, &err), 3);
+        EXPECT_TRUE(traces.records().empty());
+    }
+    err = 9;
+    EXPECT_EQ(normal(nullptr, 0, "p.", props, &err), 0);
+    err = 0;
+    EXPECT_TRUE(names_of(props).empty());
+    EXPECT_EQ(normal(nullptr, 0, "p.", props, &err), 0);
+    EXPECT_EQ(names_of(props), std::vector<std::string>{"p.ntp_peer"});
+
+    auto lenient = internal<null_fn>("v166_ci_ip_helpaddr_eol_ext_to_null_properties");
+    ASSERT_NE(lenient, nullptr);
+    {
+        plat::TraceCapture traces;
+        EXPECT_EQ(lenient(nullptr, 0, "", nullptr, &err), 3);
+        EXPECT_EQ(lenient(nullptr, 0, "", props, nullptr), 3);
+        EXPECT_TRUE(traces.records().empty());
+    }
+    fresh();
+    EXPECT_EQ(lenient(nullptr, 0, nullptr, props, &err), 0);
+    EXPECT_EQ(names_of(props), std::vector<std::string>{"ci_ip_helpaddr_vrf_name"});
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_properties_set_null", 1);
+    EXPECT_EQ(lenient(nullptr, 0, "x.", props, &err), -1);
+    EXPECT_EQ(texts(traces), std::vector<std::string>{
+        "ci_ip_helpaddr_vrf_name to_properties: rsl_vstring_set_null_properties failed for ci_ip_helpaddr_vrf_name"});
+}
+
+TEST_F(PropsFail, ObjTypeGroupNullsNameTheirValues) {
+    auto group = internal<null_fn>("v1_0_obj_type_ext_to_null_properties");
+    ASSERT_NE(group, nullptr);
+    EXPECT_EQ(group(nullptr, 0, nullptr, props, &err), 0);
+    const std::vector<std::string> names = names_of(props);
+    ASSERT_EQ(names.size(), 18u);
+    EXPECT_EQ(names.front(), "OBJ_RIP_GW");
+    EXPECT_EQ(names.back(), "OBJ_L2VPN_DECAP");
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_properties_set_null", 2);
+    EXPECT_EQ(group(nullptr, 0, "", props, &err), -1);
+    EXPECT_EQ(texts(traces),
+              std::vector<std::string>{"OBJ_UDLD_GW to_properties: _set_null_properties failed for OBJ_UDLD_GW"});
+}
