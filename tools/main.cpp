@@ -51,16 +51,57 @@ int run(int argc, char** argv) {
     return 0;
 }
 
+// Length of the well-formed UTF-8 sequence at the start of s, 0 if there is none.
+size_t utf8_sequence(std::string_view s) {
+    const auto b = [&](size_t i) { return static_cast<unsigned char>(s[i]); };
+    const unsigned char c = b(0);
+    size_t n = c >= 0xf0 && c <= 0xf4 ? 4 : c >= 0xe0 ? 3 : c >= 0xc2 && c <= 0xdf ? 2 : 0;
+    if (n == 0 || s.size() < n) return 0;
+    for (size_t i = 1; i < n; ++i)
+        if ((b(i) & 0xc0) != 0x80) return 0;
+    if ((c == 0xe0 && b(1) < 0xa0) || (c == 0xed && b(1) > 0x9f) || (c == 0xf0 && b(1) < 0x90) ||
+        (c == 0xf4 && b(1) > 0x8f))
+        return 0;   // overlong forms, surrogates, beyond U+10FFFF
+    return n;
+}
+
+// An error message as one readable line: control characters and bytes that are no UTF-8
+// escaped as \xHH, and a message made overlong by what the user typed (a 10 kB key, say)
+// cut in the middle, so that its start and its reason at the end stay.
+std::string one_line(std::string_view message) {
+    constexpr size_t k_head = 200, k_tail = 200;
+    std::string out;
+    for (size_t i = 0; i < message.size();) {
+        const unsigned char c = static_cast<unsigned char>(message[i]);
+        if (c >= 0x20 && c < 0x7f) {
+            out += char(c);
+            ++i;
+        } else if (const size_t n = c >= 0x80 ? utf8_sequence(message.substr(i)) : 0; n != 0) {
+            out += message.substr(i, n);
+            i += n;
+        } else {
+            char hex[8];
+            std::snprintf(hex, sizeof hex, "\\x%02x", c);
+            out += hex;
+            ++i;
+        }
+    }
+    if (out.size() > k_head + k_tail + 64)
+        out = out.substr(0, k_head) + " [... " + std::to_string(out.size() - k_head - k_tail) + " characters ...] " +
+              out.substr(out.size() - k_tail);
+    return out;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const zanfe::ToolError& e) {
-        std::fprintf(stderr, "zanfe: %s\n", e.what());
+        std::fprintf(stderr, "zanfe: %s\n", one_line(e.what()).c_str());
         return e.status;
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "zanfe: %s\n", e.what());
+        std::fprintf(stderr, "zanfe: %s\n", one_line(e.what()).c_str());
         return zanfe::k_exit_failure;
     }
 }

@@ -107,6 +107,13 @@ struct Walk {
 };
 Walk walk(const zan::db::Store& store, const std::vector<zan::plat::TraversalView>& traversals);
 
+// The position a row stands at: its table under the position of its parent row.
+const zan::db::TableInfo* position_of(const zan::db::Row& row);
+// The segments that lead to a row, from the root: each segment of the row's own chain of
+// rows carries that row's key; segments above the chain (positions whose parent rows are
+// not linked) carry none.
+std::vector<zan::plat::SegmentSpec> row_segments(const zan::db::Row& row);
+
 // "name=value" for each key part of a row (single and singleton keys: one).
 std::vector<std::pair<std::string, std::string>> row_key_parts(const zan::db::Row& row);
 

@@ -1,0 +1,90 @@
+// Path resolution through the registered dispatcher on arbitrary requests: any segment
+// names, key lists and values, request kind and name lists. Whatever the answer, nothing
+// the request made outlives it, and the engine's walk over the default configuration
+// copes with what the dispatcher left.
+//
+// Input: byte 0 chooses the request kind and whether the two name lists are given; the
+// rest is segments separated by '/', each a name followed by '|'-separated "key=value"
+// parts. A segment ending in '|' has an empty key list; one without '|' has none.
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include "zan/config.hpp"
+#include "zan/engine.hpp"
+
+namespace {
+
+const zan::engine::Engine& engine() {
+    static zan::engine::Engine* e = [] {
+        auto* en = new zan::engine::Engine;
+        if (auto why = en->load(zan::engine::Engine::default_library_path())) {
+            std::fprintf(stderr, "fuzz_resolve: %s\n", why->c_str());
+            std::abort();
+        }
+        return en;
+    }();
+    return *e;
+}
+
+const zan::db::Store& store() {
+    static auto r = zan::config::load_default();
+    if (!r) std::abort();
+    return *r.store;
+}
+
+std::vector<zan::plat::SegmentSpec> segments_of(std::string_view text) {
+    std::vector<zan::plat::SegmentSpec> out;
+    while (true) {
+        const size_t slash = text.find('/');
+        std::string_view seg = text.substr(0, slash);
+        zan::plat::SegmentSpec s;
+        const size_t bar = seg.find('|');
+        s.name = std::string(seg.substr(0, bar));
+        if (bar != std::string_view::npos) {
+            s.keys.emplace();
+            std::string_view rest = seg.substr(bar + 1);
+            while (!rest.empty()) {
+                const size_t next = rest.find('|');
+                std::string_view part = rest.substr(0, next);
+                const size_t eq = part.find('=');
+                s.keys->emplace_back(std::string(part.substr(0, eq)),
+                                     eq == std::string_view::npos ? std::string() : std::string(part.substr(eq + 1)));
+                if (next == std::string_view::npos) break;
+                rest = rest.substr(next + 1);
+            }
+        }
+        out.push_back(std::move(s));
+        if (slash == std::string_view::npos || out.size() > 64) break;
+        text = text.substr(slash + 1);
+    }
+    return out;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0) return 0;
+    static constexpr uint32_t kinds[] = {0, 3, 5, 6, 10, 11, 12, 13, 17, 1, 2, 4, 7, 99, 0xffffffffu};
+    zan::engine::Request req;
+    req.kind = kinds[(data[0] & 0x0f) % (sizeof kinds / sizeof kinds[0])];
+    req.with_pd_list = (data[0] & 0x10) == 0;
+    req.with_pdc_list = (data[0] & 0x20) == 0;
+    req.segments = segments_of(std::string_view(reinterpret_cast<const char*>(data + 1), size - 1));
+
+    const zan::engine::Engine& e = engine();
+    const zan::db::Store& s = store();
+    const long objects = zan::plat::live_objects().total();
+    const long allocations = zan::plat::alloc_live();
+    {
+        zan::engine::Response r = e.request(req);
+        if (r.code == 1) (void)zan::engine::walk(s, r.traversals);
+    }
+    if (zan::plat::live_objects().total() != objects || zan::plat::alloc_live() != allocations) {
+        std::fprintf(stderr, "fuzz_resolve: the request left objects or allocations behind\n");
+        std::abort();
+    }
+    return 0;
+}
