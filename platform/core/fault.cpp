@@ -199,4 +199,6 @@ bool fault_hit(std::string_view point) {
     return take(d.arm);
 }
 
+std::span<const std::string_view> fault_points() { return detail::k_fault_point_names; }
+
 }  // namespace zan::plat

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -222,6 +223,7 @@ void fault_fail_nth(std::string_view point, long n);   // n-th call from now (1 
 void fault_fail_always(std::string_view point, bool on);
 void fault_clear_all();                                // the allocator's injection too
 long fault_calls(std::string_view point);              // calls seen at this point since start
+std::span<const std::string_view> fault_points();      // the names the platform's operations hit
 // Called by the platform's own operations at each fault point: counts the call and
 // answers true when this call is to fail. Cheap when no fault is armed.
 bool fault_hit(std::string_view point);
