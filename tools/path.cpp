@@ -66,6 +66,8 @@ PathSegment parse_segment(size_t number, std::string_view s) {
         if (stop == std::string_view::npos) fail(number, s, "'[' without ']'");
         const std::string_view key = s.substr(i, stop - i);
         if (key.empty()) fail(number, s, "empty key name");
+        // "*" stands for the key's name alone ("[*]"); no key is called so.
+        if (key == "*") fail(number, s, "'*' is no key name: write '[*]' alone to ask for the key");
         if (const size_t bad = key.find_first_of(k_not_bare); bad != std::string_view::npos)
             fail(number, s, "unexpected " + quoted_char(key[bad]) + " in the key name '" + std::string(key) + "'");
         if (s[stop] == ']') fail(number, s, "key '" + std::string(key) + "' has no value (want [name=value])");

@@ -82,6 +82,9 @@ TEST(PathSyntax, RejectsMalformedPathsNamingTheSegment) {
         {"a[k=x'y]", "segment 1 'a[k=x'y]': value 'x'y' of 'k' must be quoted (it holds ''')"},
         {"a[k=x/y]", "segment 1 'a[k=x/y]': value 'x/y' of 'k' must be quoted (it holds '/')"},
         {"a[k=1][*]", "segment 1 'a[k=1][*]': '[*]' may only stand as the first key"},
+        // found by fuzzing: "[*=]" read as the wildcard written back as "[*]"
+        {"a[*=]", "segment 1 'a[*=]': '*' is no key name: write '[*]' alone to ask for the key"},
+        {"a[k=1][*=2]", "segment 1 'a[k=1][*=2]': '*' is no key name: write '[*]' alone to ask for the key"},
         {"*[k=1]", "segment 1 '*[k=1]': '*' takes no keys"},
         {"a b", "segment 1 'a b': unexpected blank in the name"},
         {"a[k k=1]", "segment 1 'a[k k=1]': unexpected blank in the key name 'k k'"},
