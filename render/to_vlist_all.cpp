@@ -276,11 +276,9 @@ int32_t render_all(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* ob
 int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, uint32_t* err) {
     if (vlist == nullptr || *err != 0) return k_refused;
     int32_t result = 0;
-    bool first = true;
     auto run = [&](std::span<const Field> fields) {
         for (const Field& f : fields) {
-            if (!first && *err != 0) return true;  // ends with the latest result
-            first = false;
+            if (*err != 0) return true;  // set between two fields: ends with the latest result
             const int32_t r = f.kind == Kind::nested || f.kind == Kind::arm ? f.nested_null(ctx, id, vlist, err)
                                                                               : gx_do_vlist_add_null(vlist);
             if (r < 0) {

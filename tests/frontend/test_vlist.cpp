@@ -387,6 +387,33 @@ TEST_F(Vlist, ErrorWordSetMidRecordLeavesOutLeavesAndFailsEveryNestedLevel) {
     plat::fault_fail_nth("accessor", 1);   // val's value: its conversion adds nothing and answers 0
     EXPECT_EQ(all("rsl_binidx", two.get()), 0);
     EXPECT_TRUE(values().empty());
+    fresh();
+    plat::fault_fail_nth("accessor", 2);   // seq_num's value: the last leaf's 0 replaces val's 1
+    EXPECT_EQ(all("rsl_binidx", two.get()), 0);
+    EXPECT_EQ(values().size(), 1u);
+    // In a union the discriminator is left out and the unselected arms too, with no null run
+    // and no trace; the selected arm is still called, answers -1 and is traced.
+    // The word is set by the first arm's read of the discriminator, the next to last accessor
+    // call of a rendering with no arm selected.
+    db::RecordPtr u = db::make_record("ntp_peer_cp");
+    fresh();
+    const long before = plat::fault_calls("accessor");
+    ASSERT_GT(all("ntp_peer_cp", u.get()), 0);
+    const long first_arm = plat::fault_calls("accessor") - before - 1;
+    fresh();
+    traces.clear();
+    plat::fault_fail_nth("accessor", first_arm);
+    EXPECT_EQ(all("ntp_peer_cp", u.get()), 1);
+    EXPECT_EQ(values().size(), 1u);
+    EXPECT_TRUE(traces.records().empty());
+    db::set_int(*u, "descriminator", 2);
+    const std::string arm(db::type_info("ntp_peer_cp")->field("compound_67")->type);
+    fresh();
+    plat::fault_fail_nth("accessor", first_arm);
+    EXPECT_EQ(all("ntp_peer_cp", u.get()), -1);
+    EXPECT_EQ(values().size(), 1u);
+    EXPECT_EQ(texts(traces), std::vector<std::string>{"ntp_peer_cp to_vlist_all " + arm +
+                                                      "_to_vlist ntp_peer_cp_compound_67 failed"});
     // A set word between tokens: the next selector refuses.
     fresh();
     err = 5;
