@@ -510,6 +510,21 @@ TEST_F(Vlist, ExtensionsWithoutAttributesAddNothingAndEndOnTheErrorWord) {
     EXPECT_EQ(texts(traces),
               (std::vector<std::string>{"uidb_act_interface version < 2 Rendering extension v167_uidb_act_interface_ext as null..",
                                         "uidb_act_interface version < 3 Rendering extension v1612_uidb_act_interface_ext as null.."}));
+    // The word set by the last accessor call of the fields: the first extension below the
+    // variant ends the rendering with -1.
+    db::set_variant(*rec, 0);
+    fresh();
+    long before = plat::fault_calls("accessor");
+    ASSERT_EQ(all("uidb_act_interface", rec.get()), 0);
+    const long last = plat::fault_calls("accessor") - before;
+    fresh();
+    traces.clear();
+    plat::fault_fail_nth("accessor", last);
+    EXPECT_EQ(all("uidb_act_interface", rec.get()), -1);
+    EXPECT_EQ(texts(traces),
+              (std::vector<std::string>{"uidb_act_interface version < 1 Rendering extension v166_uidb_act_interface_ext as null..",
+                                        "uidb_act_interface error(-1) in rendering extension v166_uidb_act_interface_ext"}));
+    EXPECT_EQ(traces.records().back().level, k_debug_level);
     // om_node_oid reads no variant: always the null branch, its cid's result replaced by 0.
     db::RecordPtr oid = db::make_record("om_node_oid");
     fresh();
@@ -736,6 +751,61 @@ TEST_F(Vlist, SequenceElementsArePairedNameValueLists) {
     plat::fault_fail_nth("gx_do_nvlist_new", 1);
     EXPECT_EQ(select("om_node", node.get(), "cl"), -1);
     EXPECT_EQ(texts(traces).back(), "om_node to_vlist: gx_do_nvlist_new failed");
+}
+
+TEST_F(Vlist, SequenceElementFailureAndUnsetSequenceNull) {
+    // Values added before cl's element: those of the node's first fields, counted on a node
+    // without elements. The next one is the element's first.
+    db::RecordPtr node = db::make_record("om_node");
+    long before = plat::fault_calls("gx_do_vlist_add_value");
+    ASSERT_GT(all("om_node", node.get()), 0);
+    const long ahead = plat::fault_calls("gx_do_vlist_add_value") - before;
+    db::set_int(db::append(*node, "cl"), "cid", 3);
+    fresh();
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_vlist_add_value", ahead + 1);
+    const long objects = plat::live_objects().total();
+    EXPECT_LT(all("om_node", node.get()), 0);
+    EXPECT_EQ(texts(traces).back(), "om_node to_vlist_all: om_node_oidto_nlist_vlist_all failed for om_node_cl");
+    EXPECT_EQ(plat::live_objects().total(), objects);
+    fresh();
+    traces.clear();
+    plat::fault_fail_nth("gx_do_vlist_add_value", 1);
+    EXPECT_LT(select("om_node", node.get(), "cl"), 0);
+    EXPECT_EQ(texts(traces).back(), "om_node to_vlist: om_node_oidto_nlist_vlist_all failed for om_node_cl");
+    // An unset sequence whose null fails.
+    db::set_state(*node, "pl", 0);
+    fresh();
+    traces.clear();
+    plat::fault_fail_nth("gx_do_vlist_add_null", 1);
+    EXPECT_EQ(all("om_node", node.get(), 1), -1);
+    EXPECT_EQ(texts(traces).back(), "om_node to_vlist_all: gx_do_vlist_add_null failed for om_node_pl");
+    EXPECT_EQ(traces.records().back().level, k_error_level);
+}
+
+TEST_F(Vlist, SequenceElementWithListsOutOfStepAborts) {
+    // ack_node copies its nested record's values up with gx_do_vlist_add_all; one that silently
+    // takes nothing leaves the element's names and values of unequal length.
+    db::RecordPtr head = db::make_record("ack_timer_head");
+    db::append(*head, "layerl");
+    EXPECT_DEATH(
+        {
+            plat::trace_set_sink([](const plat::TraceRecord& r) {
+                if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
+            });
+            plat::fault_fail_nth("gx_do_vlist_add_all", 1);
+            all("ack_timer_head", head.get());
+        },
+        "\\[ack_timer_head to_ nlist_vlist_all rendering error layerl [0-9]+ [0-9]+\\]");
+    EXPECT_DEATH(
+        {
+            plat::trace_set_sink([](const plat::TraceRecord& r) {
+                if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
+            });
+            plat::fault_fail_nth("gx_do_vlist_add_all", 1);
+            select("ack_timer_head", head.get(), "layerl");
+        },
+        "\\[ack_timer_head to_ nlist_vlist_all rendering error layerl [0-9]+ [0-9]+\\]");
 }
 
 // ---------------------------------------------------------------- selectors
