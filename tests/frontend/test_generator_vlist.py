@@ -80,17 +80,29 @@ class VlistOutput(unittest.TestCase):
                                                        self.files["fe_vlist_messages.cpp"]).group(1)))
 
 
+def with_fixture(extra_base="", extra_dom=""):
+    """The front end's files for the fixture with lines added to base.zs and dom.zs."""
+    tmp = tempfile.mkdtemp()
+    try:
+        for f in os.listdir(FIXTURE):
+            shutil.copy(os.path.join(FIXTURE, f), tmp)
+        for name, extra in (("base.zs", extra_base), ("dom.zs", extra_dom)):
+            with open(os.path.join(tmp, name), "a") as fh:
+                fh.write(extra)
+        return frontend.files(catalogue.load(tmp))
+    finally:
+        shutil.rmtree(tmp)
+
+
+class Refusals(unittest.TestCase):
+    def test_a_leaf_without_a_value_list_form_names_its_record_and_field(self):
+        with self.assertRaisesRegex(catalogue.CatalogueError, r"dom\.zs:\d+: record odd, field d: leaf double"):
+            with_fixture("leaf double code=50\n", "record odd: d double\n")
+
+
 class Sequences(unittest.TestCase):
     def test_sequence_elements_render_through_the_paired_family_declared_once(self):
-        tmp = tempfile.mkdtemp()
-        try:
-            for f in os.listdir(FIXTURE):
-                shutil.copy(os.path.join(FIXTURE, f), tmp)
-            with open(os.path.join(tmp, "dom.zs"), "a") as fh:
-                fh.write("base record chain: first array seq pair; again array seq pair\n")
-            files = frontend.files(catalogue.load(tmp))
-        finally:
-            shutil.rmtree(tmp)
+        files = with_fixture(extra_dom="base record chain: first array seq pair; again array seq pair\n")
         decl = ("int32_t pair_to_nlist_vlist_all(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, "
                 "int32_t, uint32_t*);")
         where = [n for n, t in files.items() if n.startswith("fe_vlist_") and decl in t.splitlines()]
