@@ -19,12 +19,13 @@ template <class T>
 T fn(const char* name) {
     return reinterpret_cast<T>(symbol(name));
 }
-// A function the library keeps inside (no export, no row refers to it), found through the
-// file's symbol table; fails the test when missing.
-void* internal_symbol(const std::string& name);
+
+// A function the library keeps inside (no export, no row of the arrays), found through the
+// library file's symbol table at its place in the loaded image; nullptr when it has none.
+void* internal(const std::string& name);
 template <class T>
-T internal(const std::string& name) {
-    return reinterpret_cast<T>(internal_symbol(name));
+T internal_fn(const std::string& name) {
+    return reinterpret_cast<T>(internal(name));
 }
 
 // Resets the platform's registrations and calls the initialiser by name; answers its result.
@@ -53,8 +54,13 @@ struct RecordRow {
     std::string name;
     size_t columns;
 };
+struct Group {          // an extension group of obj_type and its values
+    std::string name;
+    std::vector<std::string> values;
+};
 struct Expect {
     std::vector<std::string> exports;
+    std::vector<Group> groups;
     std::vector<TableRow> tables;
     std::vector<TypeRow> types;
     std::vector<RecordRow> records;

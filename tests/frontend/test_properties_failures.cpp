@@ -155,7 +155,7 @@ TEST_F(PropsFail, ErrorWordBeforeAnArrayStillSetsItEmpty) {
 // Null renderings: the normal form checks prefix and error word with its own trace, the
 // lenient form (extensions, obj_type groups) takes a null prefix and names stand alone.
 TEST_F(PropsFail, NullRenderingArgumentsAndRoom) {
-    auto normal = internal<null_fn>("ntp_peer_cp_0_cp_to_null_properties");
+    auto normal = internal_fn<null_fn>("ntp_peer_cp_0_cp_to_null_properties");
     ASSERT_NE(normal, nullptr);
     for (bool null_err : {false, true}) {
         plat::TraceCapture traces;
@@ -174,7 +174,7 @@ TEST_F(PropsFail, NullRenderingArgumentsAndRoom) {
     EXPECT_EQ(normal(nullptr, 0, "p.", props, &err), 0);
     EXPECT_EQ(names_of(props), std::vector<std::string>{"p.ntp_peer"});
 
-    auto lenient = internal<null_fn>("v166_ci_ip_helpaddr_eol_ext_to_null_properties");
+    auto lenient = internal_fn<null_fn>("v166_ci_ip_helpaddr_eol_ext_to_null_properties");
     ASSERT_NE(lenient, nullptr);
     {
         plat::TraceCapture traces;
@@ -193,7 +193,7 @@ TEST_F(PropsFail, NullRenderingArgumentsAndRoom) {
 }
 
 TEST_F(PropsFail, ObjTypeGroupNullsNameTheirValues) {
-    auto group = internal<null_fn>("v1_0_obj_type_ext_to_null_properties");
+    auto group = internal_fn<null_fn>("v1_0_obj_type_ext_to_null_properties");
     ASSERT_NE(group, nullptr);
     EXPECT_EQ(group(nullptr, 0, nullptr, props, &err), 0);
     const std::vector<std::string> names = names_of(props);
