@@ -91,7 +91,7 @@ def init(d):
     return "{" + ", ".join(str(d.get(k, v)) for k, v in ORDER) + "}"
 
 
-def full_field(r, f, msgs, u, weak):
+def full_field(r, f, msgs, u, conversions):
     """Descriptor of one field in the full form."""
     t, acc, rn = r.name, f"{r.name}_{f.name}", run(r.name)
     d = {"name": c_str(f.name)}
@@ -154,7 +154,7 @@ def full_field(r, f, msgs, u, weak):
             d["get"] = f"{{.one = &{acc}_get}}"
             d[member] = f"&{fn}"
             if member == "econv":
-                weak.add(fn)
+                conversions.add(fn)
             dflt = default_of(f)
             if dflt:
                 d["dflt"] = dflt
@@ -186,7 +186,7 @@ def files(cat):
     records, nulls, groups = plan(cat)
     msgs = Messages()
     units = {}
-    weak = set()
+    conversions = set()
 
     def unit(name):
         return units.setdefault(name, Unit())
@@ -195,11 +195,11 @@ def files(cat):
         u = unit(r.domain)
         u.decls[full_fn(r.name)] = SIG_FULL.format(full_fn(r.name))
         m_var = msgs.add(f"{r.name} Received variant %d < base version %d") if not r.base else "k_no_msg"
-        rows = [full_field(r, f, msgs, u, weak) for f in r.fields]
+        rows = [full_field(r, f, msgs, u, conversions) for f in r.fields]
         u.body.append(f"// {r.name}\nconst Field f_{r.name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
         exts = []
         for e in sorted(r.extensions, key=lambda e: e.level):
-            erows = [full_field(r, f, msgs, u, weak) for f in e.fields]
+            erows = [full_field(r, f, msgs, u, conversions) for f in e.fields]
             if erows:
                 u.body.append(f"const Field x_{e.name}[] = {{\n    " + ",\n    ".join(erows) + "\n};")
             m1 = msgs.add(f"{r.name} version < {e.level} Rendering extension {e.name} as null..")
@@ -242,8 +242,8 @@ def files(cat):
     imports = [head("schema/*.zs", "Conversions of enumerations and flag sets to a value list, as the paired "
                     "rendering calls them."),
                "#pragma once\n", '#include "to_nlist_vlist_all.hpp"\n', 'extern "C" {',
-               "// weak until the value-list family lands"]
-    imports += [f"__attribute__((weak)) {SIG_ENUM.format(fn)};" for fn in sorted(weak)]
+               "// Of the value-list family."]
+    imports += [f"{SIG_ENUM.format(fn)};" for fn in sorted(conversions)]
     imports.append("}\n")
     out["fe_nlist_imports.hpp"] = "\n".join(imports)
     for name, u in sorted(units.items()):

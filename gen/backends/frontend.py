@@ -199,7 +199,7 @@ def ntlist_messages(cat):
 
 
 # ---------------------------------------------------------------------- arrays
-def arrays(cat, props=None):
+def arrays(cat, props=None, vlist_rows=None):
     tables = [p.name for p in cat.tables()]
     out = [head("schema/*.zs", "The five arrays the initialiser registers: table rows in the database's "
                 "numbering, type rows in slot order."),
@@ -235,6 +235,9 @@ def arrays(cat, props=None):
     for fn in sorted(set(props_rows.values())):
         out.append(f"int32_t {fn}(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_properties*, const void*, int32_t, "
                    "uint32_t*);")
+    vlist_rows = vlist_rows or {}
+    for fn in sorted(set(vlist_rows.values())):
+        out.append(f"int32_t {fn}(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_vlist*, int32_t, uint32_t*);")
     out.append("}\n")
 
     # to_vlist and to_nvlist of a table row come with their families; until then they stay null.
@@ -253,8 +256,7 @@ def arrays(cat, props=None):
         out.append(f"    {{&zan_{s.name}_field_vft}},  // {s.index}" if s.name else f"    {{nullptr}},  // {s.index}: empty")
     out.append("};\n")
 
-    # The operation of a type row (to_vlist_all here, to_properties in zan_config_db_type_gx_lut)
-    # comes with its rendering family; until then it stays null.
+    # The operation of a type row: to_vlist_all here, to_properties in zan_config_db_type_gx_lut.
     for array, row, which in (("zan_config_db_fe_gx_type_dispatch_vft", "zan_gx_type_vlist_row", 1),
                               ("zan_config_db_type_gx_lut", "zan_gx_type_props_row", 0)):
         out.append("// name, kind, operation")
@@ -262,7 +264,7 @@ def arrays(cat, props=None):
         for s in cat.slots:
             kind = type_kinds(cat, s)[which]
             if s.name:
-                fn = props_rows.get(s.name) if which == 0 else None
+                fn = props_rows.get(s.name) if which == 0 else vlist_rows.get(s.name)
                 op = f"&{fn}" if fn else "nullptr"
                 out.append(f"    {{{s.symbol}, {kind} /* {KIND_WORD[kind]} */, {op}}},  // {s.index}")
             else:
@@ -593,15 +595,18 @@ def props_rows(cat, rendered, tables):
 def files(cat):
     check(cat)
     props_out, rendered, props_tables = props_files(cat)
+    from backends import fe_vlist
+    vlist_out, vlist_rows = fe_vlist.files(cat)
     ordinal = {r.name: i for i, r in enumerate(cat.record_order())}
     out = {
         "fe_catalogue.hpp": counts(cat),
         "fe_ntlist_messages.cpp": ntlist_messages(cat),
-        "fe_arrays.cpp": arrays(cat, props_rows(cat, rendered, props_tables)),
+        "fe_arrays.cpp": arrays(cat, props_rows(cat, rendered, props_tables), vlist_rows),
         "zanfe.map": version_script(cat),
     }
     out.update(resolve_files(cat))
     out.update(props_out)
+    out.update(vlist_out)
     from backends import fe_nlist  # paired name and value rendering; it imports helpers of this module
     out.update(fe_nlist.files(cat))
     for d in cat.domains:

@@ -60,11 +60,7 @@ struct Lists {
     plat::ValueList value_items() const { return plat::vlist_values(values); }
 };
 
-full_fn full(const std::string& type) {
-    auto f = internal_fn<full_fn>(type + "_to_nlist_vlist_all");
-    EXPECT_NE(f, nullptr) << type;
-    return f;
-}
+full_fn full(const std::string& type) { return internal_fn<full_fn>(type + "_to_nlist_vlist_all"); }
 
 std::vector<std::string> texts(const plat::TraceCapture& traces) {
     std::vector<std::string> out;
@@ -167,7 +163,7 @@ TEST_F(Nlist, NullFormsNameWhatTheFullFormsNameForEveryTypeThatCanStandInAnArm) 
     for (const db::TypeInfo* t : record_types()) {
         const std::string name(t->name);
         SCOPED_TRACE(name);
-        auto null = internal_fn<null_fn>(name + "_to_null_nlist_vlist");
+        auto null = reinterpret_cast<null_fn>(internal(name + "_to_null_nlist_vlist"));
         ASSERT_EQ(null != nullptr, arm_types.count(name) == 1);
         if (null == nullptr) continue;
         Lists l;
@@ -514,7 +510,8 @@ TEST_F(Nlist, SequenceOfRecordsWithSequencesInside) {
     Lists l;
     EXPECT_GE(full("layer_head")(nullptr, 0, head.get(), l.names, l.values, 0, &err), 0);
     EXPECT_EQ(l.name_texts(), property_names("layer_head", head.get()));
-    const auto& layers = std::get<plat::ValueList>(l.value_items().at(4).v);
+    const plat::ValueList values = l.value_items();
+    const auto& layers = std::get<plat::ValueList>(values.at(4).v);
     ASSERT_EQ(layers.size(), 1u);
     const auto& om = std::get<plat::NameValueList>(layers[0].v);
     std::vector<std::string> names;
