@@ -196,18 +196,18 @@ def files(cat):
         u.decls[full_fn(r.name)] = SIG_FULL.format(full_fn(r.name))
         m_var = msgs.add(f"{r.name} Received variant %d < base version %d") if not r.base else "k_no_msg"
         rows = [full_field(r, f, msgs, u, conversions) for f in r.fields]
-        u.body.append(f"// {r.name}\nconst Field f_{r.name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
+        u.body.append(f"// {r.name}\nconstexpr Field f_{r.name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
         exts = []
         for e in sorted(r.extensions, key=lambda e: e.level):
             erows = [full_field(r, f, msgs, u, conversions) for f in e.fields]
             if erows:
-                u.body.append(f"const Field x_{e.name}[] = {{\n    " + ",\n    ".join(erows) + "\n};")
+                u.body.append(f"constexpr Field x_{e.name}[] = {{\n    " + ",\n    ".join(erows) + "\n};")
             m1 = msgs.add(f"{r.name} version < {e.level} Rendering extension {e.name} as null..")
             m2 = msgs.add(f"{r.name} error(%d) in rendering extension {e.name}")
             exts.append("{" + (f"x_{e.name}" if erows else "nullptr") + f", {len(erows)}, {m1}, {m2}}}")
         if exts:
-            u.body.append(f"const Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
-        u.body.append(f"const Type r_{r.name}{{f_{r.name}, {len(r.fields)}, "
+            u.body.append(f"constexpr Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
+        u.body.append(f"constexpr Type r_{r.name}{{f_{r.name}, {len(r.fields)}, "
                       + (f"e_{r.name}, {len(exts)}, " if exts else "nullptr, 0, ")
                       + f"{'false' if r.base else 'true'} /* reads the variant */, {m_var}}};\n")
         u.shims.append(f'extern "C" int32_t {full_fn(r.name)}(rsl_ctx_t c, rsl_ctx_id_t i, const void* o, '
@@ -218,8 +218,8 @@ def files(cat):
         u = unit(r.domain)
         u.decls[null_fn(name)] = SIG_NULL.format(null_fn(name))
         rows = [null_field(r, f, msgs, u) for f in r.all_fields]
-        u.body.append(f"// {name}, null\nconst Field n_{name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
-        u.body.append(f"const Type z_{name}{{n_{name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
+        u.body.append(f"// {name}, null\nconstexpr Field n_{name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
+        u.body.append(f"constexpr Type z_{name}{{n_{name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
         u.shims.append(f'extern "C" int32_t {null_fn(name)}(rsl_ctx_t c, rsl_ctx_id_t i, gx_do_nlist* n, '
                        f"gx_do_vlist* v, uint32_t* e) "
                        f"{{ return zan::fe::nlist::render_null(zan::gen::nlist::z_{name}, c, i, n, v, e); }}")
@@ -231,9 +231,9 @@ def files(cat):
                       "msg_null": msgs.add(f"{v} to_nlist_vlist_all:  set null failed for {v}for {v}"),
                       "msg_null_name": msgs.add(f"{v} to_nlist_vlist_all:  add nlist failed for {v}")})
                 for v in g.values]
-        u.body.append(f"// {g.name}, values of obj_type\nconst Field n_{g.name}[] = {{\n    "
+        u.body.append(f"// {g.name}, values of obj_type\nconstexpr Field n_{g.name}[] = {{\n    "
                       + ",\n    ".join(rows) + "\n};")
-        u.body.append(f"const Type z_{g.name}{{n_{g.name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
+        u.body.append(f"constexpr Type z_{g.name}{{n_{g.name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
         u.shims.append(f'extern "C" int32_t {null_fn(g.name)}(rsl_ctx_t c, rsl_ctx_id_t i, gx_do_nlist* n, '
                        f"gx_do_vlist* v, uint32_t* e) "
                        f"{{ return zan::fe::nlist::render_null(zan::gen::nlist::z_{g.name}, c, i, n, v, e); }}")
