@@ -463,7 +463,7 @@ TEST_F(Nlist, CountedArrayFollowsItsCount) {
 
 namespace {
 // An ack_timer_head with elements whose dwnld_bl are the given numbers.
-db::RecordPtr timer_head(std::initializer_list<int> bls) {
+db::RecordPtr timer_head(const std::vector<int>& bls) {
     db::RecordPtr head = db::make_record("ack_timer_head");
     int cid = 1;
     for (int bl : bls) {
@@ -494,13 +494,7 @@ void expect_elements(const plat::Value& array, std::vector<int> bls) {
 TEST_F(Nlist, SequencesOfNoAndSeveralElements) {
     for (auto bls : {std::vector<int>{}, std::vector<int>{10, 20, 30}}) {
         SCOPED_TRACE(bls.size());
-        db::RecordPtr head = db::make_record("ack_timer_head");
-        int cid = 1;
-        for (int bl : bls) {
-            db::Record& el = db::append(*head, "layerl");
-            db::set_int(el, "dwnld_bl", bl);
-            db::set_int(el, "om_node.cid", cid++);
-        }
+        db::RecordPtr head = timer_head(bls);
         Lists l;
         EXPECT_GE(full("ack_timer_head")(nullptr, 0, head.get(), l.names, l.values, 0, &err), 0);
         EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"layerl"}));
