@@ -152,38 +152,20 @@ int32_t sequence(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vl
         if (r < 0) trace(msg_null);
         return r;
     }
-    gx_do_vlist* result = gx_do_vlist_new();
-    gx_do_nlist* names = result ? gx_do_nlist_new() : nullptr;
-    gx_do_vlist* values = names ? gx_do_vlist_new() : nullptr;
-    auto release = [&] {
-        if (result) gx_do_vlist_deref(result);
-        if (names) gx_do_nlist_deref(names);
-        if (values) gx_do_vlist_deref(values);
-    };
-    if (values == nullptr) {
+    SequenceLists lists;
+    if (!lists.made()) {
         trace(msg_new);
-        release();
         return -1;
     }
     int32_t failed = 0;
     const Sequence s{f.get.first, f.next, f.nested, &k_unit, f.msg_length};
-    switch (sequence_elements(s, ctx, id, obj, result, names, values, with_state, err, &failed)) {
-    case SeqStep::no_nvlist:
-        trace(msg_nvlist);
-        release();
-        return -1;
-    case SeqStep::element_failed:
-        trace(f.msg);
-        release();
-        return failed;
+    switch (sequence_elements(s, ctx, id, obj, lists, with_state, err, &failed)) {
+    case SeqStep::no_nvlist: trace(msg_nvlist); return -1;
+    case SeqStep::element_failed: trace(f.msg); return failed;
     case SeqStep::done: break;
     }
-    gx_do_nlist_deref(names);
-    gx_do_vlist_deref(values);
-    names = nullptr;
-    values = nullptr;
-    const int32_t r = gx_do_vlist_add_array(vlist, result);
-    gx_do_vlist_deref(result);
+    lists.release_element_lists();
+    const int32_t r = gx_do_vlist_add_array(vlist, lists.result);
     if (r < 0) __LTf_4(&k_unit, msg_add, g_arbor_fe_trace_module_id, LT_LEVEL_ERROR, static_cast<uint32_t>(r));
     return r;
 }
@@ -332,26 +314,37 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_nlist* 
     return result;
 }
 
-SeqStep sequence_elements(const Sequence& s, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, gx_do_vlist* result,
-                          gx_do_nlist* names, gx_do_vlist* values, int32_t with_state, uint32_t* err,
-                          int32_t* failed) {
+SequenceLists::~SequenceLists() {
+    if (result) gx_do_vlist_deref(result);
+    release_element_lists();
+}
+
+void SequenceLists::release_element_lists() {
+    if (names) gx_do_nlist_deref(names);
+    if (values) gx_do_vlist_deref(values);
+    names = nullptr;
+    values = nullptr;
+}
+
+SeqStep sequence_elements(const Sequence& s, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, SequenceLists& lists,
+                          int32_t with_state, uint32_t* err, int32_t* failed) {
     const void* element = s.first(ctx, id, obj, err);
     while (element != nullptr && *err == 0) {
         gx_do_nvlist* item = gx_do_nvlist_new();
         if (item == nullptr) return SeqStep::no_nvlist;
-        const int32_t r = s.element(ctx, id, element, names, values, with_state, err);
+        const int32_t r = s.element(ctx, id, element, lists.names, lists.values, with_state, err);
         if (r < 0) {
             gx_do_nvlist_deref(item);
             *failed = r;
             return SeqStep::element_failed;
         }
-        const auto n = static_cast<uint32_t>(gx_do_nlist_get_len(names));
-        const auto v = static_cast<uint32_t>(gx_do_vlist_get_len(values));
+        const auto n = static_cast<uint32_t>(gx_do_nlist_get_len(lists.names));
+        const auto v = static_cast<uint32_t>(gx_do_vlist_get_len(lists.values));
         if (n != v) out_of_step(s.unit, s.msg_length, n, v);
-        arbor_nvlist_from_nlist_vlist(item, names, values);
-        (void)gx_do_vlist_add_sequence(result, item);
-        gx_do_nlist_clear(names);
-        gx_do_vlist_clear(values);
+        arbor_nvlist_from_nlist_vlist(item, lists.names, lists.values);
+        (void)gx_do_vlist_add_sequence(lists.result, item);
+        gx_do_nlist_clear(lists.names);
+        gx_do_vlist_clear(lists.values);
         gx_do_nvlist_deref(item);
         element = s.next(ctx, id, obj, element, err);
     }

@@ -108,8 +108,23 @@ int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, g
 int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_nlist* nlist, gx_do_vlist* vlist,
                     uint32_t* err);
 
+// The three lists of a sequence field: the array's list, then the name list and value list
+// that every element is rendered into in turn. Made in this order, released with the object.
+struct SequenceLists {
+    gx_do_vlist* result = gx_do_vlist_new();
+    gx_do_nlist* names = result ? gx_do_nlist_new() : nullptr;
+    gx_do_vlist* values = names ? gx_do_vlist_new() : nullptr;
+    SequenceLists() = default;
+    SequenceLists(const SequenceLists&) = delete;
+    SequenceLists& operator=(const SequenceLists&) = delete;
+    ~SequenceLists();
+    bool made() const { return values != nullptr; }
+    void release_element_lists();   // once the walk is over, before the array is handed on
+};
+
 // The elements of a sequence field, as every family renders them: each element into the
-// reused `names` and `values`, paired into a fresh name-value list and appended to `result`.
+// reused name and value lists, paired into a fresh name-value list and appended to the
+// array's list. The element's name-value list is released on every way out.
 enum class SeqStep { done, no_nvlist, element_failed };
 struct Sequence {
     get_fn first;
@@ -118,11 +133,9 @@ struct Sequence {
     const lt_unit* unit;          // of the caller's family, for the fatal trace
     uint32_t msg_length;          // fatal "<type> to_ nlist_vlist_all rendering error <field> %u %u"
 };
-// On element_failed *failed holds the element's result. The element's name-value list is
-// released on every way out; the three lists stay the caller's.
-SeqStep sequence_elements(const Sequence& s, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, gx_do_vlist* result,
-                          gx_do_nlist* names, gx_do_vlist* values, int32_t with_state, uint32_t* err,
-                          int32_t* failed);
+// On element_failed *failed holds the element's result.
+SeqStep sequence_elements(const Sequence& s, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, SequenceLists& lists,
+                          int32_t with_state, uint32_t* err, int32_t* failed);
 
 }  // namespace zan::fe::nlist
 

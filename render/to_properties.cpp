@@ -92,37 +92,20 @@ int32_t sequence(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* nam
         }
         return 0;
     }
-    // The array's list, then the element's names and values, reused for every element.
-    gx_do_vlist* result = gx_do_vlist_new();
-    gx_do_nlist* names = result ? gx_do_nlist_new() : nullptr;
-    gx_do_vlist* values = names ? gx_do_vlist_new() : nullptr;
-    auto release = [&] {
-        if (result) gx_do_vlist_deref(result);
-        if (names) gx_do_nlist_deref(names);
-        if (values) gx_do_vlist_deref(values);
-    };
-    if (values == nullptr) {
+    nlist::SequenceLists lists;
+    if (!lists.made()) {
         trace(msg_new, LT_LEVEL_ERROR);
-        release();
         return k_no_memory;
     }
     int32_t failed = 0;
     const nlist::Sequence s{f.get.one, f.next, f.element, &k_unit, msg_length};
-    switch (nlist::sequence_elements(s, ctx, id, obj, result, names, values, with_state, err, &failed)) {
-    case nlist::SeqStep::no_nvlist:
-        trace(msg_nvlist, LT_LEVEL_ERROR);
-        release();
-        return k_no_memory;
-    case nlist::SeqStep::element_failed:
-        trace(f.msg, LT_LEVEL_ERROR);
-        release();
-        return k_fail;
+    switch (nlist::sequence_elements(s, ctx, id, obj, lists, with_state, err, &failed)) {
+    case nlist::SeqStep::no_nvlist: trace(msg_nvlist, LT_LEVEL_ERROR); return k_no_memory;
+    case nlist::SeqStep::element_failed: trace(f.msg, LT_LEVEL_ERROR); return k_fail;
     case nlist::SeqStep::done: break;
     }
-    gx_do_nlist_deref(names);
-    gx_do_vlist_deref(values);
-    const int32_t status = gx_do_properties_set_array(props, name, result);
-    gx_do_vlist_deref(result);
+    lists.release_element_lists();
+    const int32_t status = gx_do_properties_set_array(props, name, lists.result);
     if (status != 0)
         __LTf_4(&k_unit, msg_set_array, g_arbor_fe_trace_module_id, LT_LEVEL_ERROR, static_cast<uint32_t>(status));
     return status;

@@ -138,36 +138,20 @@ int32_t sequence(const Field& f, const SeqMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t i
         if (r < 0) trace(m.state_null, LT_LEVEL_ERROR);
         return r;
     }
-    gx_do_vlist* result = gx_do_vlist_new();
-    gx_do_nlist* names = gx_do_nlist_new();
-    gx_do_vlist* values = gx_do_vlist_new();
-    auto release = [&] {
-        if (result != nullptr) gx_do_vlist_deref(result);
-        if (names != nullptr) gx_do_nlist_deref(names);
-        if (values != nullptr) gx_do_vlist_deref(values);
-    };
-    if (result == nullptr || names == nullptr || values == nullptr) {
+    nlist::SequenceLists lists;
+    if (!lists.made()) {
         trace(m.xxx_new, LT_LEVEL_ERROR);
-        release();
         return k_refused;
     }
     int32_t failed = 0;
-    switch (nlist::sequence_elements({f.get.one, f.next, f.pairs, &k_unit, m.fatal}, ctx, id, obj, result, names,
-                                     values, with_state, err, &failed)) {
+    switch (nlist::sequence_elements({f.get.one, f.next, f.pairs, &k_unit, m.fatal}, ctx, id, obj, lists, with_state,
+                                     err, &failed)) {
     case nlist::SeqStep::done: break;
-    case nlist::SeqStep::no_nvlist:
-        trace(m.nvlist_new, LT_LEVEL_ERROR);
-        release();
-        return k_refused;
-    case nlist::SeqStep::element_failed:
-        trace(m.element, LT_LEVEL_ERROR);
-        release();
-        return failed;
+    case nlist::SeqStep::no_nvlist: trace(m.nvlist_new, LT_LEVEL_ERROR); return k_refused;
+    case nlist::SeqStep::element_failed: trace(m.element, LT_LEVEL_ERROR); return failed;
     }
-    gx_do_nlist_deref(names);
-    gx_do_vlist_deref(values);
-    const int32_t r = gx_do_vlist_add_array(vlist, result);
-    gx_do_vlist_deref(result);
+    lists.release_element_lists();
+    const int32_t r = gx_do_vlist_add_array(vlist, lists.result);
     if (r < 0) trace_number(m.add_array, LT_LEVEL_ERROR, r);
     return r;
 }

@@ -2,11 +2,11 @@
 constant descriptor and the one-line <type>_to_nlist_vlist_all, and for every type that can
 stand in a union arm (directly or deeper), and for each extension group of obj_type, the
 descriptor and the one-line <type>_to_null_nlist_vlist. Everything else is the template in
-render/to_nlist_vlist_all.cpp.
+render/to_nlist_vlist_all.cpp. The value-list conversions of enumerations and flag sets that
+it calls are declared by the value-list family (fe_vlist_decls.hpp).
 
 Files (into the front end's generated directory, through frontend.files()):
 
-  fe_nlist_imports.hpp      the enumeration and flag-set value-list conversions it calls
   fe_nlist_<domain>.cpp     per domain: descriptors and entry points
   fe_nlist_messages.cpp     message table of the unit, in the order the descriptors use them
 """
@@ -18,7 +18,6 @@ RUN_LETTERS = "abcdefghijklmnop"
 CTX = "rsl_ctx_t, rsl_ctx_id_t"
 SIG_FULL = f"int32_t {{}}({CTX}, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*)"
 SIG_NULL = f"int32_t {{}}({CTX}, gx_do_nlist*, gx_do_vlist*, uint32_t*)"
-SIG_ENUM = f"int32_t {{}}({CTX}, const void*, gx_do_vlist*, int32_t, int32_t, uint32_t*)"
 
 
 def full_fn(name):
@@ -91,7 +90,7 @@ def init(d):
     return "{" + ", ".join(str(d.get(k, v)) for k, v in ORDER) + "}"
 
 
-def full_field(r, f, msgs, u, weak):
+def full_field(r, f, msgs, u):
     """Descriptor of one field in the full form."""
     t, acc, rn = r.name, f"{r.name}_{f.name}", run(r.name)
     d = {"name": c_str(f.name)}
@@ -153,8 +152,6 @@ def full_field(r, f, msgs, u, weak):
             imp[f"{acc}_get"] = f"const void* {acc}_get({CTX}, const void*, uint32_t*);"
             d["get"] = f"{{.one = &{acc}_get}}"
             d[member] = f"&{fn}"
-            if member == "econv":
-                weak.add(fn)
             dflt = default_of(f)
             if dflt:
                 d["dflt"] = dflt
@@ -186,8 +183,7 @@ def files(cat):
     records, nulls, groups = plan(cat)
     msgs = Messages()
     units = {}
-    weak = set()
-
+    
     def unit(name):
         return units.setdefault(name, Unit())
 
@@ -195,19 +191,19 @@ def files(cat):
         u = unit(r.domain)
         u.decls[full_fn(r.name)] = SIG_FULL.format(full_fn(r.name))
         m_var = msgs.add(f"{r.name} Received variant %d < base version %d") if not r.base else "k_no_msg"
-        rows = [full_field(r, f, msgs, u, weak) for f in r.fields]
-        u.body.append(f"// {r.name}\nconst Field f_{r.name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
+        rows = [full_field(r, f, msgs, u) for f in r.fields]
+        u.body.append(f"// {r.name}\nconstexpr Field f_{r.name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
         exts = []
         for e in sorted(r.extensions, key=lambda e: e.level):
-            erows = [full_field(r, f, msgs, u, weak) for f in e.fields]
+            erows = [full_field(r, f, msgs, u) for f in e.fields]
             if erows:
-                u.body.append(f"const Field x_{e.name}[] = {{\n    " + ",\n    ".join(erows) + "\n};")
+                u.body.append(f"constexpr Field x_{e.name}[] = {{\n    " + ",\n    ".join(erows) + "\n};")
             m1 = msgs.add(f"{r.name} version < {e.level} Rendering extension {e.name} as null..")
             m2 = msgs.add(f"{r.name} error(%d) in rendering extension {e.name}")
             exts.append("{" + (f"x_{e.name}" if erows else "nullptr") + f", {len(erows)}, {m1}, {m2}}}")
         if exts:
-            u.body.append(f"const Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
-        u.body.append(f"const Type r_{r.name}{{f_{r.name}, {len(r.fields)}, "
+            u.body.append(f"constexpr Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
+        u.body.append(f"constexpr Type r_{r.name}{{f_{r.name}, {len(r.fields)}, "
                       + (f"e_{r.name}, {len(exts)}, " if exts else "nullptr, 0, ")
                       + f"{'false' if r.base else 'true'} /* reads the variant */, {m_var}}};\n")
         u.shims.append(f'extern "C" int32_t {full_fn(r.name)}(rsl_ctx_t c, rsl_ctx_id_t i, const void* o, '
@@ -218,8 +214,8 @@ def files(cat):
         u = unit(r.domain)
         u.decls[null_fn(name)] = SIG_NULL.format(null_fn(name))
         rows = [null_field(r, f, msgs, u) for f in r.all_fields]
-        u.body.append(f"// {name}, null\nconst Field n_{name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
-        u.body.append(f"const Type z_{name}{{n_{name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
+        u.body.append(f"// {name}, null\nconstexpr Field n_{name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
+        u.body.append(f"constexpr Type z_{name}{{n_{name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
         u.shims.append(f'extern "C" int32_t {null_fn(name)}(rsl_ctx_t c, rsl_ctx_id_t i, gx_do_nlist* n, '
                        f"gx_do_vlist* v, uint32_t* e) "
                        f"{{ return zan::fe::nlist::render_null(zan::gen::nlist::z_{name}, c, i, n, v, e); }}")
@@ -231,24 +227,17 @@ def files(cat):
                       "msg_null": msgs.add(f"{v} to_nlist_vlist_all:  set null failed for {v}for {v}"),
                       "msg_null_name": msgs.add(f"{v} to_nlist_vlist_all:  add nlist failed for {v}")})
                 for v in g.values]
-        u.body.append(f"// {g.name}, values of obj_type\nconst Field n_{g.name}[] = {{\n    "
+        u.body.append(f"// {g.name}, values of obj_type\nconstexpr Field n_{g.name}[] = {{\n    "
                       + ",\n    ".join(rows) + "\n};")
-        u.body.append(f"const Type z_{g.name}{{n_{g.name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
+        u.body.append(f"constexpr Type z_{g.name}{{n_{g.name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
         u.shims.append(f'extern "C" int32_t {null_fn(g.name)}(rsl_ctx_t c, rsl_ctx_id_t i, gx_do_nlist* n, '
                        f"gx_do_vlist* v, uint32_t* e) "
                        f"{{ return zan::fe::nlist::render_null(zan::gen::nlist::z_{g.name}, c, i, n, v, e); }}")
 
     out = {}
-    imports = [head("schema/*.zs", "Conversions of enumerations and flag sets to a value list, as the paired "
-                    "rendering calls them."),
-               "#pragma once\n", '#include "to_nlist_vlist_all.hpp"\n', 'extern "C" {',
-               "// weak until the value-list family lands"]
-    imports += [f"__attribute__((weak)) {SIG_ENUM.format(fn)};" for fn in sorted(weak)]
-    imports.append("}\n")
-    out["fe_nlist_imports.hpp"] = "\n".join(imports)
     for name, u in sorted(units.items()):
         text = [head(sources(cat, name) or "schema/*.zs", f"Paired name and value rendering of the {name} domain."),
-                '#include "fe_nlist_imports.hpp"\n', 'extern "C" {', "// Imported from the database library."]
+                '#include "to_nlist_vlist_all.hpp"\n#include "fe_vlist_decls.hpp"\n', 'extern "C" {', "// Imported from the database library."]
         text += [u.imports[k] for k in sorted(u.imports)]
         text.append("// Entry points of this family, here or in the other domains.")
         text += [u.decls[k] + ";" for k in sorted(u.decls)]

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "zan/platform.hpp"
 #include "zan_fe.h"
 
@@ -24,8 +26,10 @@ T fn(const char* name) {
 // library file's symbol table at its place in the loaded image; nullptr when it has none.
 void* internal(const std::string& name);
 template <class T>
-T internal_fn(const std::string& name) {
-    return reinterpret_cast<T>(internal(name));
+T internal_fn(const std::string& name) {   // fails the test when missing
+    void* p = internal(name);
+    if (p == nullptr) ADD_FAILURE() << "libzanfe.so defines no " << name;
+    return reinterpret_cast<T>(p);
 }
 
 // Resets the platform's registrations and calls the initialiser by name; answers its result.

@@ -30,10 +30,10 @@ class FixtureOutput(unittest.TestCase):
     def test_one_column_file_per_domain_with_records_or_tables_and_a_header_on_each(self):
         self.assertEqual(sorted(self.files), [
             "fe_arrays.cpp", "fe_catalogue.hpp",
-            "fe_nlist_base.cpp", "fe_nlist_dom.cpp", "fe_nlist_imports.hpp", "fe_nlist_messages.cpp",
+            "fe_nlist_base.cpp", "fe_nlist_dom.cpp", "fe_nlist_messages.cpp",
             "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp", "fe_ntlist_messages.cpp", "fe_props_base.cpp", "fe_props_dom.cpp", "fe_props_messages.cpp", "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
-            "fe_resolve_messages.cpp", "fe_vlist_base.cpp", "fe_vlist_decls.hpp", "fe_vlist_dom.cpp",
-            "fe_vlist_messages.cpp", "zanfe.map"])
+            "fe_resolve_messages.cpp",
+            "fe_vlist_base.cpp", "fe_vlist_decls.hpp", "fe_vlist_dom.cpp", "fe_vlist_messages.cpp", "zanfe.map"])
         for name, text in self.files.items():
             self.assertRegex(text.splitlines()[0], r"generated from schema/\S+.* do not edit", name)
         self.assertIn("generated from schema/dom.zs", self.files["fe_ntlist_dom.cpp"])
@@ -116,11 +116,11 @@ class FixtureOutput(unittest.TestCase):
         self.assertRegex(text, r'\{"compound_7", "compound_7\.", Kind::arm, Default::none, 1, '
                                r'\{\.one = &top_u_compound_7_get\}.*&top_u_descriminator_get_value, .*'
                                r'&arm_a_to_nlist_vlist_all, &arm_a_to_null_nlist_vlist')
-        # Enumerations go through their own value-list conversion, imported weak in one place.
+        # Enumerations go through their own value-list conversion, which that family declares.
         self.assertIn('{"c", nullptr, Kind::enumeration', text)
-        imports = self.files["fe_nlist_imports.hpp"]
-        self.assertEqual(re.findall(r"__attribute__\(\(weak\)\) int32_t (\w+)\(", imports),
-                         ["bits_to_vlist", "colour_to_vlist", "zan_cfg_union_to_vlist"])
+        self.assertIn("&colour_to_vlist", text)
+        self.assertIn('#include "fe_vlist_decls.hpp"', self.files["fe_nlist_dom.cpp"])
+        self.assertIn("int32_t colour_to_vlist(", self.files["fe_vlist_decls.hpp"])
         messages = self.files["fe_nlist_messages.cpp"]
         # Field failures name a run of letters as long as "<type> to_nlist_vlist_all".
         self.assertIn('"abcdefghijklmnopabcdefgh int32_to_vlist for arm_a_x failed"', messages)

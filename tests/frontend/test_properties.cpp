@@ -451,7 +451,7 @@ TEST_F(Props, ElementListsOutOfStepAbort) {
 TEST_F(Props, DefaultRecordsRenderByTypeWithAllTheirElements) {
     zan::config::LoadResult cfg = zan::config::load_default();
     ASSERT_TRUE(cfg) << cfg.error;
-    for (const char* type : {"om_node", "ack_timer_head"}) {
+    for (const char* type : {"om_node", "layer_head", "ack_timer_head"}) {
         SCOPED_TRACE(type);
         ASSERT_FALSE(cfg.store->records(type).empty());
         for (db::Record* rec : cfg.store->records(type)) {

@@ -28,14 +28,6 @@ using select_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, char**, cons
                               uint32_t*);
 using enum_vlist_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_vlist*, int32_t, int32_t, uint32_t*);
 
-// A function the library keeps inside; the test fails when it is missing.
-template <class T>
-T required(const std::string& name) {
-    void* p = internal(name);
-    if (p == nullptr) ADD_FAILURE() << "libzanfe.so defines no " << name;
-    return reinterpret_cast<T>(p);
-}
-
 zan_type_to_vlist_all_fn vlist_row(const std::string& type) {
     init();
     const auto* rows = static_cast<const zan_gx_type_vlist_row*>(registered().gx_type_dispatch);
@@ -117,10 +109,10 @@ protected:
         copy.push_back('\0');
         char* save = nullptr;
         const char* token = strtok_r(copy.data(), ".", &save);
-        return required<select_fn>(type + "_to_vlist")(nullptr, 0, token, &save, obj, list, with_state, &err);
+        return internal_fn<select_fn>(type + "_to_vlist")(nullptr, 0, token, &save, obj, list, with_state, &err);
     }
     int32_t null_run(const std::string& type) {
-        return required<null_vlist_fn>(type + "_to_null_vlist")(nullptr, 0, list, &err);
+        return internal_fn<null_vlist_fn>(type + "_to_null_vlist")(nullptr, 0, list, &err);
     }
 };
 
@@ -429,7 +421,7 @@ TEST_F(Vlist, NegativeVariantAborts) {
     EXPECT_DEATH(select("ntp_maxdist_eol", rec.get(), "singleton_id"), "");
     db::RecordPtr u = db::make_record("ntp_peer_cp");
     db::set_value_variant(*u, "descriminator", -2);
-    auto zan_cfg_union = required<enum_vlist_fn>("zan_cfg_union_to_vlist");
+    auto zan_cfg_union = internal_fn<enum_vlist_fn>("zan_cfg_union_to_vlist");
     EXPECT_DEATH(zan_cfg_union(nullptr, 0, db::handle(*u, "descriminator"), list, 0, 1, &err), "");
 }
 
@@ -833,7 +825,7 @@ TEST_F(Vlist, SelectorsWalkTheDottedName) {
 
 TEST_F(Vlist, SelectorRefusesBadCalls) {
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
-    auto sel = required<select_fn>("ntp_maxdist_eol_to_vlist");
+    auto sel = internal_fn<select_fn>("ntp_maxdist_eol_to_vlist");
     char rest[] = "";
     char* save = rest;
     EXPECT_EQ(sel(nullptr, 0, std::string(256, 'a').c_str(), &save, rec.get(), list, 0, &err), 0);
@@ -890,7 +882,7 @@ TEST_F(Vlist, NullRunsFailWithTheFieldAndTypeGluedInTheirTrace) {
     EXPECT_EQ(values().size(), 1u);   // the discriminator went out first
     // Refusals, and a set word between two fields ends the run with the latest result.
     fresh();
-    EXPECT_EQ(required<null_vlist_fn>(arm_type + "_to_null_vlist")(nullptr, 0, nullptr, &err), -1);
+    EXPECT_EQ(internal_fn<null_vlist_fn>(arm_type + "_to_null_vlist")(nullptr, 0, nullptr, &err), -1);
     err = 5;
     EXPECT_EQ(null_run(arm_type), -1);
     EXPECT_TRUE(values().empty());
@@ -921,7 +913,7 @@ TEST_F(Vlist, ObjTypeExtensionGroupsGiveOneNullPerValue) {
 TEST_F(Vlist, EnumerationsRenderTheirNamesGatedByExtensionLevel) {
     db::RecordPtr node = db::make_record("om_node");
     const void* h = db::handle(*node, "obj_type");
-    auto obj_type = required<enum_vlist_fn>("obj_type_to_vlist");
+    auto obj_type = internal_fn<enum_vlist_fn>("obj_type_to_vlist");
     const db::TypeInfo* t = db::type_info("obj_type");
     // The first value of each level above 0, read with an instance variant one below and at it.
     std::map<int, uint32_t> first_of;
@@ -965,7 +957,7 @@ TEST_F(Vlist, EnumerationsRenderTheirNamesGatedByExtensionLevel) {
 TEST_F(Vlist, FlagSetsGiveOneValueListOfTheirSetBits) {
     db::RecordPtr fields = db::make_record("db_fields");
     const void* h = db::handle(*fields, "flags");
-    auto db_flags = required<enum_vlist_fn>("db_flags_to_vlist");
+    auto db_flags = internal_fn<enum_vlist_fn>("db_flags_to_vlist");
     ASSERT_GT(db_flags(nullptr, 0, h, list, 0, 1, &err), 0);
     EXPECT_TRUE(std::get<plat::ValueList>(values().at(0).v).empty());   // an empty list, not a null
     db::set_flags(*fields, "flags", {"IS_DB_FLAG_NONE", "IS_PENDING_DELETE"});
