@@ -4,8 +4,10 @@
 
   export NAME                             a name the library must export
   table ROW NAME|- NCOLS                  a row of the table arrays ("-": empty row)
-  column CODE DEPTH OWNER NAME            a column of the table above; OWNER is the record
-                                          that holds the leaf, DEPTH its nesting level
+  column CODE DEPTH OWNER NAME ATTR       a column of the table above; OWNER is the record
+                                          that holds the leaf, DEPTH its nesting level, ATTR
+                                          the attribute name a rendering to properties gives
+                                          it (a dot behind every nested field, glued or not)
   type ROW NAME|- CATEGORY|- KPROP KVLIST a row of the type arrays, kinds of both arrays
   record ORDINAL NAME NCOLS               a record type in slot order, with its column count
 
@@ -18,13 +20,13 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import catalogue  # noqa: E402
 
 
-def columns(cat, record, prefix="", depth=1):
+def columns(cat, record, prefix="", depth=1, attr=""):
     out = []
     for f in cat.records[record].all_fields:
         if f.kind == "nested":
-            out += columns(cat, f.type, prefix + f.name + ("" if f.glued else "."), depth + 1)
+            out += columns(cat, f.type, prefix + f.name + ("" if f.glued else "."), depth + 1, attr + f.name + ".")
         else:
-            out.append((cat.leaves[f.word], depth, record, prefix + f.name))
+            out.append((cat.leaves[f.word], depth, record, prefix + f.name, attr + f.name))
     return out
 
 
@@ -60,7 +62,7 @@ def main(schema, out):
             continue
         cols = [c for r in cat.positions[name].rows for c in columns(cat, r)]
         lines.append(f"table {row} {name} {len(cols)}")
-        lines += [f"column {code} {depth} {owner} {n}" for code, depth, owner, n in cols]
+        lines += [f"column {code} {depth} {owner} {n} {a}" for code, depth, owner, n, a in cols]
     for s in cat.slots:
         kp, kv = kinds(cat, s)
         lines.append(f"type {s.index} {s.name or '-'} {s.category or '-'} {kp} {kv}")

@@ -98,7 +98,7 @@ Expect load_expect() {
             e.tables.push_back(t);
         } else if (what == "column") {
             Column c;
-            ls >> c.code >> c.depth >> c.owner >> c.name;
+            ls >> c.code >> c.depth >> c.owner >> c.name >> c.attribute;
             e.tables.back().columns.push_back(c);
         } else if (what == "type") {
             TypeRow t;

@@ -41,6 +41,7 @@ struct Column {
     int depth;          // nesting level of the record that holds the leaf (1: row type)
     std::string owner;  // that record
     std::string name;
+    std::string attribute;   // its name in a rendering to properties
 };
 struct TableRow {
     int row;

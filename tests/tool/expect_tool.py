@@ -3,6 +3,7 @@
 
   tables.tsv     the 'tables' listing: row, table, path, key ('-' for what an empty row lacks)
   columns.json   the 'columns --json' object, tables in row order
+  attributes.json  segment path of every position to the attribute names of its rows
   root_segments.txt  'ls *': the segments of the ROOT chain, in chain order
   all_segments.txt   'ls --all *': all segments in traverser order
   children.tsv   per table with children: a path to one of its rows (placeholder keys), then
@@ -25,6 +26,17 @@ def columns(cat, record, prefix=""):
             out += columns(cat, f.type, prefix + f.name + ("" if f.glued else "."))
         else:
             out.append([prefix + f.name, cat.leaves[f.word]])
+    return out
+
+
+def attributes(cat, record, prefix=""):
+    """Attribute names of a rendering to properties: a dot behind every nested field."""
+    out = []
+    for f in cat.records[record].all_fields:
+        if f.kind == "nested":
+            out += attributes(cat, f.type, prefix + f.name + ".")
+        else:
+            out.append(prefix + f.name)
     return out
 
 
@@ -88,6 +100,13 @@ def main(schema, out):
         fh.write("\n".join(rows) + "\n")
     with open(os.path.join(out, "columns.json"), "w", encoding="utf-8") as fh:
         json.dump(cols, fh, indent=0)
+    # every position's segment path (keys left out) to the attribute names of its table's rows
+    attrs = {}
+    for pos in cat.traversers():
+        table = cat.positions[pos.table] if pos.table else pos
+        attrs[path(pos)] = [a for r in table.rows for a in attributes(cat, r)]
+    with open(os.path.join(out, "attributes.json"), "w", encoding="utf-8") as fh:
+        json.dump(attrs, fh, indent=0)
 
 
 if __name__ == "__main__":
