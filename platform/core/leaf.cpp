@@ -67,7 +67,7 @@ int32_t perf_any(std::string_view type, const char* prefix, gx_do_properties* pr
 
 int32_t to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, int32_t present,
                  const void* handle, uint32_t* err) {
-    if (word_set(err)) return 0;
+    if (word_set(err)) return -1;
     if (!present) return zan::plat::vlist_add(vlist, null_value(leaf, is_default));
     auto v = read(handle, leaf, err);
     if (!v) return -1;
@@ -77,7 +77,7 @@ int32_t to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, 
 
 int32_t to_nvlist(std::string_view leaf, const char* name, gx_do_nvlist* nvlist, int32_t is_default,
                   int32_t present, const void* handle, uint32_t* err) {
-    if (word_set(err)) return 0;
+    if (word_set(err)) return -1;
     if (!name) return -1;
     if (!present) return zan::plat::nvlist_add(nvlist, name, null_value(leaf, is_default));
     auto v = read(handle, leaf, err);
@@ -99,7 +99,7 @@ int32_t all_to_vlist(std::string_view type, const void* handle, gx_do_vlist* vli
 template <class Arg, class Make>
 int32_t given_to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, int32_t present, Arg* arg,
                        uint32_t* err, Make make) {
-    if (word_set(err)) return 0;
+    if (word_set(err)) return -1;
     Value v = null_value(leaf, is_default);
     if (present) {
         if (!arg) {
@@ -258,7 +258,7 @@ int32_t bits_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_de
 
 int32_t enum_to_nvlist(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_nvlist* nvlist, int32_t is_default,
                        int32_t present, const char* text, uint32_t* err) {
-    if (word_set(err)) return 0;
+    if (word_set(err)) return -1;
     if (!name) return -1;
     Value v = null_value("enum", is_default);
     if (present) {
@@ -284,7 +284,7 @@ BASE_ALL(rsl_boolean)
 
 int32_t enum_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
                       const char* text, uint32_t* err) {
-    if (word_set(err)) return 0;
+    if (word_set(err)) return -1;
     Value v = null_value("enum", is_default);
     if (present) {
         if (!text) {

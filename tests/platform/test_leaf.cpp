@@ -101,15 +101,16 @@ TEST_F(Leaf, AbsentValueIsNullAndHandleUnread) {
     EXPECT_TRUE(std::holds_alternative<Null>(at("w").v));
 }
 
-// The error channels: a set word stops everything and is kept; a bad or mistyped handle
-// raises EINVAL with status 0; a failing set returns its status.
+// The error channels: a set word stops everything and is kept (a list form says so with
+// -1, as it added nothing); a bad or mistyped handle raises EINVAL with status 0; a failing
+// set returns its status.
 TEST_F(Leaf, ErrorWordAndStatus) {
     void* i32 = db::make_typed_int32(1);
     err = 99;
     EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 0, 1, i32, &err), 0);
     EXPECT_EQ(enum_to_properties(k_ctx, k_id, "x", props, 0, 1, "A", &err), 0);
     EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 0, 0, nullptr, &err), 0);
-    EXPECT_EQ(u_int32_to_vlist(k_ctx, k_id, nullptr, 0, 1, i32, &err), 0);
+    EXPECT_EQ(u_int32_to_vlist(k_ctx, k_id, nullptr, 0, 1, i32, &err), -1);
     EXPECT_EQ(err, 99u);
     EXPECT_TRUE(properties_items(props).empty());
 
@@ -295,10 +296,10 @@ TEST_F(Leaf, VlistAndNvlistFormsOfEveryLeaf) {
         EXPECT_EQ(items[0], (NamedValue{"k", at("p")}));
         EXPECT_EQ(values[1], (Value{Null{}, c.leaf, false}));
         EXPECT_EQ(items[1], (NamedValue{"n", Value{Null{}, c.leaf, false}}));
-        // a pending error adds nothing; a handle of another word is refused with EINVAL
+        // a pending error adds nothing and says so; a handle of another word is refused
         err = 5;
-        EXPECT_EQ(c.vl(k_ctx, k_id, list, 0, 1, handle, &err), 0);
-        EXPECT_EQ(c.nv(k_ctx, k_id, "k", nvlist, 0, 1, handle, &err), 0);
+        EXPECT_EQ(c.vl(k_ctx, k_id, list, 0, 1, handle, &err), -1);
+        EXPECT_EQ(c.nv(k_ctx, k_id, "k", nvlist, 0, 1, handle, &err), -1);
         err = 0;
         const void* other = c.handle == i32 ? db::handle(*consumer, "cid") : i32;
         EXPECT_LT(c.vl(k_ctx, k_id, list, 0, 1, other, &err), 0);

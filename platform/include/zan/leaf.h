@@ -16,10 +16,11 @@
  * with_state is ignored. Types with a full form go through it; the others set the value
  * the handle holds under their type name as leaf word.
  *
- * Element conversions (*_to_vlist): append one value (null for present 0) and answer the
- * list's new length; -1 when the append fails. With the error word set on entry, or a
- * handle that is no value of the element's word (error word EINVAL), nothing is appended
- * and the answer is 0 or -1 respectively.
+ * Element conversions (*_to_vlist, *_to_nvlist): append exactly one value (null for
+ * present 0) and answer the list's new length, or append nothing and answer -1: when the
+ * append fails, when the error word is set on entry, or when the handle is no value of the
+ * element's word (error word EINVAL). The renderers rely on it: a value added means a
+ * positive answer.
  *
  * Default comparisons (*_is_default): 1 if the value equals the default given as text,
  * else 0; a handle that is no value sets EINVAL and answers 0; a set error word answers 0.
