@@ -33,27 +33,38 @@ protected:
     uint32_t err = 0;
 };
 
+// One real store cell of every leaf word, each holding an extreme or telling value.
+struct LeafCells {
+    db::RecordPtr consumer = db::make_record("consumer");                      // cid u_int8, app_id u_int16
+    db::RecordPtr counters = db::make_record("stat_counters");                 // byte_cnt u_int64
+    db::RecordPtr proxy = db::make_record("cfg_http_client_proxy_eol");        // rsl_vstring, int16, u_int32
+    db::RecordPtr trk = db::make_record("cfg_dev_trk_bt_setlog_eol");          // bt_log_set rsl_boolean
+    db::RecordPtr mac = db::make_record("conf_mac_nacl_dsthost_cp");           // rsl_mac_addr
+    db::RecordPtr route = db::make_record("route");                            // addr ip_address
+    void* i32 = db::make_typed_int32(-7);
+    LeafCells() {
+        db::set_int(*consumer, "cid", 255);
+        db::set_int(*consumer, "app_id", 65535);
+        db::set_u64(*counters, "byte_cnt", UINT64_MAX);
+        db::set_text(*proxy, "http_proxy_name", "proxy.example");
+        db::set_int(*proxy, "http_proxy_port", -2);
+        db::set_int(*proxy, "singleton_id", 4000000000u);
+        db::set_bool(*trk, "bt_log_set", true);
+        db::set_mac(*mac, "destination_mac_address", *parse_mac("aa:bb:cc:00:11:22"));
+        db::set_ip(*route, "addr", "2001:db8::1");
+    }
+    ~LeafCells() { db::destroy_typed(i32); }
+    LeafCells(const LeafCells&) = delete;
+    LeafCells& operator=(const LeafCells&) = delete;
+};
+
 }  // namespace
 
 // Every full form on a real cell of its own word: the value, its width and sign, the leaf
 // word and the is_default mark arrive under the name given.
 TEST_F(Leaf, FullFormsCarryValueLeafWordAndMark) {
-    auto consumer = db::make_record("consumer");
-    db::set_int(*consumer, "cid", 255);
-    db::set_int(*consumer, "app_id", 65535);
-    auto counters = db::make_record("stat_counters");
-    db::set_u64(*counters, "byte_cnt", UINT64_MAX);
-    auto proxy = db::make_record("cfg_http_client_proxy_eol");
-    db::set_text(*proxy, "http_proxy_name", "proxy.example");
-    db::set_int(*proxy, "http_proxy_port", -2);
-    db::set_int(*proxy, "singleton_id", 4000000000u);
-    auto trk = db::make_record("cfg_dev_trk_bt_setlog_eol");
-    db::set_bool(*trk, "bt_log_set", true);
-    auto mac = db::make_record("conf_mac_nacl_dsthost_cp");
-    db::set_mac(*mac, "destination_mac_address", *parse_mac("aa:bb:cc:00:11:22"));
-    auto route = db::make_record("route");
-    db::set_ip(*route, "addr", "2001:db8::1");
-    void* i32 = db::make_typed_int32(-7);
+    LeafCells c;
+    auto& [consumer, counters, proxy, trk, mac, route, i32] = c;
 
     EXPECT_EQ(u_int8_to_properties(k_ctx, k_id, "a", props, 0, 1, db::handle(*consumer, "cid"), &err), 0);
     EXPECT_EQ(u_int16_to_properties(k_ctx, k_id, "b", props, 1, 1, db::handle(*consumer, "app_id"), &err), 0);
@@ -85,7 +96,6 @@ TEST_F(Leaf, FullFormsCarryValueLeafWordAndMark) {
     ASSERT_EQ(items.size(), 10u);
     EXPECT_EQ(items.front().name, "a");
     EXPECT_EQ(items.back().name, "j");
-    db::destroy_typed(i32);
 }
 
 // present 0 sets null with the mark, and does not read the handle (NULL is fine).
@@ -239,22 +249,8 @@ TEST_F(Leaf, ElementConversions) {
 // The value-list and name-value forms of every leaf keep the value, width, leaf word and
 // mark of the full forms; present 0 gives a null and leaves the handle unread.
 TEST_F(Leaf, VlistAndNvlistFormsOfEveryLeaf) {
-    auto consumer = db::make_record("consumer");
-    db::set_int(*consumer, "cid", 255);
-    db::set_int(*consumer, "app_id", 65535);
-    auto counters = db::make_record("stat_counters");
-    db::set_u64(*counters, "byte_cnt", UINT64_MAX);
-    auto proxy = db::make_record("cfg_http_client_proxy_eol");
-    db::set_text(*proxy, "http_proxy_name", "proxy.example");
-    db::set_int(*proxy, "http_proxy_port", -2);
-    db::set_int(*proxy, "singleton_id", 4000000000u);
-    auto trk = db::make_record("cfg_dev_trk_bt_setlog_eol");
-    db::set_bool(*trk, "bt_log_set", true);
-    auto mac = db::make_record("conf_mac_nacl_dsthost_cp");
-    db::set_mac(*mac, "destination_mac_address", *parse_mac("aa:bb:cc:00:11:22"));
-    auto route = db::make_record("route");
-    db::set_ip(*route, "addr", "2001:db8::1");
-    void* i32 = db::make_typed_int32(-7);
+    LeafCells c;
+    auto& [consumer, counters, proxy, trk, mac, route, i32] = c;
     struct Case {
         int32_t (*full)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_properties*, int32_t, int32_t, const void*,
                         uint32_t*);
@@ -314,7 +310,6 @@ TEST_F(Leaf, VlistAndNvlistFormsOfEveryLeaf) {
         gx_do_vlist_deref(list);
         gx_do_nvlist_deref(nvlist);
     }
-    db::destroy_typed(i32);
 }
 
 // Pointer-given forms, the enumeration's entry and the whole-value rows of base types.
