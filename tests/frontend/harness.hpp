@@ -30,10 +30,15 @@ struct Column {
     std::string owner;  // that record
     std::string name;
 };
+struct KeyEntry {
+    std::string name, word;
+};
 struct TableRow {
     int row;
     std::string name;   // empty for an empty row
     std::vector<Column> columns;
+    size_t key_record = 0;          // the row record that holds the key
+    std::vector<KeyEntry> key;      // the key's entries, in the order they are delivered
 };
 struct TypeRow {
     int row;
