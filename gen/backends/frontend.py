@@ -200,7 +200,7 @@ def ntlist_messages(cat):
 
 
 # ---------------------------------------------------------------------- arrays
-def arrays(cat, props=None, row_ops=None):
+def arrays(cat, props=None, vlist_rows=None, row_ops=None):
     tables = [p.name for p in cat.tables()]
     out = [head("schema/*.zs", "The five arrays the initialiser registers: table rows in the database's "
                 "numbering, type rows in slot order."),
@@ -242,6 +242,9 @@ def arrays(cat, props=None, row_ops=None):
             out.append(f"int32_t {tv}(rsl_ctx_t, rsl_ctx_id_t, gx_do_uri*, gx_do_nlist*, const void*, gx_do_vlist*, "
                        "int32_t, uint32_t*);")
         out.append(f"int32_t {tn}(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nvlist*, uint32_t*);")
+    vlist_rows = vlist_rows or {}
+    for fn in sorted(set(vlist_rows.values())):
+        out.append(f"int32_t {fn}(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_vlist*, int32_t, uint32_t*);")
     out.append("}\n")
 
     out.append("// table_name, kind, to_properties, to_vlist, to_nvlist, columns_to_ntlist")
@@ -260,8 +263,7 @@ def arrays(cat, props=None, row_ops=None):
         out.append(f"    {{&zan_{s.name}_field_vft}},  // {s.index}" if s.name else f"    {{nullptr}},  // {s.index}: empty")
     out.append("};\n")
 
-    # The operation of a type row (to_vlist_all here, to_properties in zan_config_db_type_gx_lut)
-    # comes with its rendering family; until then it stays null.
+    # The operation of a type row: to_vlist_all here, to_properties in zan_config_db_type_gx_lut.
     for array, row, which in (("zan_config_db_fe_gx_type_dispatch_vft", "zan_gx_type_vlist_row", 1),
                               ("zan_config_db_type_gx_lut", "zan_gx_type_props_row", 0)):
         out.append("// name, kind, operation")
@@ -269,7 +271,7 @@ def arrays(cat, props=None, row_ops=None):
         for s in cat.slots:
             kind = type_kinds(cat, s)[which]
             if s.name:
-                fn = props_rows.get(s.name) if which == 0 else None
+                fn = props_rows.get(s.name) if which == 0 else vlist_rows.get(s.name)
                 op = f"&{fn}" if fn else "nullptr"
                 out.append(f"    {{{s.symbol}, {kind} /* {KIND_WORD[kind]} */, {op}}},  // {s.index}")
             else:
@@ -600,17 +602,20 @@ def props_rows(cat, rendered, tables):
 def files(cat):
     check(cat)
     props_out, rendered, props_tables = props_files(cat)
+    from backends import fe_vlist
+    vlist_out, vlist_rows = fe_vlist.files(cat)
     ordinal = {r.name: i for i, r in enumerate(cat.record_order())}
     out = {
         "fe_catalogue.hpp": counts(cat),
         "fe_ntlist_messages.cpp": ntlist_messages(cat),
         "zanfe.map": version_script(cat),
     }
-    rows_out, row_ops = fe_rows.files(cat)
+    rows_out, row_ops = fe_rows.files(cat, {p.name for p in cat.tables() if all(r in vlist_rows for r in p.rows)})
     out.update(rows_out)
-    out["fe_arrays.cpp"] = arrays(cat, props_rows(cat, rendered, props_tables), row_ops)
+    out["fe_arrays.cpp"] = arrays(cat, props_rows(cat, rendered, props_tables), vlist_rows, row_ops)
     out.update(resolve_files(cat))
     out.update(props_out)
+    out.update(vlist_out)
     for d in cat.domains:
         records = [r for r in cat.records.values() if r.domain == d]
         tables = [p for p in cat.tables() if p.domain == d]

@@ -1,0 +1,187 @@
+// Rendering to value lists: what it costs to turn one row of the built-in configuration into
+// a flat value list through the to_vlist_all of its top type's row in the registered type
+// array, and to fetch each of its attributes by name through the selectors (walked with
+// strtok_r as a table's row operation walks them), per row and per attribute.
+#include <benchmark/benchmark.h>
+#include <dlfcn.h>
+#include <elf.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "zan/config.hpp"
+#include "zan/database.hpp"
+#include "zan/engine.hpp"
+#include "zan/platform.hpp"
+
+#include "bench_engine.hpp"
+
+namespace {
+
+using select_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, char**, const void*, gx_do_vlist*, int32_t,
+                              uint32_t*);
+
+const zan::engine::Engine& engine() { return bench_engine("bench_vlist"); }
+
+const zan::db::Store& store() {
+    static const zan::db::Store* s = [] {
+        engine();
+        auto loaded = zan::config::load_default();
+        if (!loaded) {
+            std::fprintf(stderr, "bench_vlist: %s\n", loaded.error.c_str());
+            std::exit(1);
+        }
+        return loaded.store.release();
+    }();
+    return *s;
+}
+
+// The selectors are the library's own functions, held by no array: found by name in its
+// symbol table, relative to where it was loaded.
+void* library_function(const std::string& name) {
+    static const std::map<std::string, uint64_t> symbols = [] {
+        std::map<std::string, uint64_t> out;
+        std::ifstream in(engine().library_path(), std::ios::binary);
+        const std::vector<char> file((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        const auto* eh = reinterpret_cast<const Elf64_Ehdr*>(file.data());
+        const auto* sh = reinterpret_cast<const Elf64_Shdr*>(file.data() + eh->e_shoff);
+        for (int i = 0; i < eh->e_shnum; ++i) {
+            if (sh[i].sh_type != SHT_SYMTAB) continue;
+            const char* names = file.data() + sh[sh[i].sh_link].sh_offset;
+            const auto* sym = reinterpret_cast<const Elf64_Sym*>(file.data() + sh[i].sh_offset);
+            for (size_t k = 0; k < sh[i].sh_size / sizeof(Elf64_Sym); ++k)
+                if (sym[k].st_shndx != SHN_UNDEF && sym[k].st_value != 0) out[names + sym[k].st_name] = sym[k].st_value;
+        }
+        return out;
+    }();
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(engine().dispatcher()), &info) == 0) return nullptr;
+    auto it = symbols.find(name);
+    return it == symbols.end() ? nullptr : static_cast<char*>(info.dli_fbase) + it->second;
+}
+
+// Leaf attribute names of a record, dotted as the selectors read them.
+void leaf_names(const zan::db::TypeInfo& t, const std::string& prefix, std::vector<std::string>& out) {
+    for (const zan::db::FieldInfo& f : t.fields) {
+        if (f.role != zan::db::FieldRole::attribute) continue;
+        if (f.kind == zan::db::FieldKind::nested)
+            leaf_names(*f.target, prefix + std::string(f.name) + ".", out);
+        else
+            out.push_back(prefix + std::string(f.name));
+    }
+}
+
+struct Target {
+    const zan::db::Row* row = nullptr;
+    const zan::db::TypeInfo* top = nullptr;
+    zan_type_to_vlist_all_fn all = nullptr;
+};
+
+// The first configured row of a table with one top record, and its type's to_vlist_all.
+bool target(benchmark::State& state, const char* table, Target& t) {
+    const zan::db::TableInfo* info = zan::db::table_info(table);
+    if (info == nullptr || store().rows(*info).empty() || info->rows.size() != 1) {
+        state.SkipWithError("table or row not found");
+        return false;
+    }
+    t.row = store().rows(*info).front();
+    t.top = info->rows[0];
+    const auto type = engine().find_type(t.top->name);
+    if (!type || type->vlist->to_vlist_all == nullptr) {
+        state.SkipWithError("the library registers no to_vlist_all");
+        return false;
+    }
+    t.all = type->vlist->to_vlist_all;
+    return true;
+}
+
+// One row per iteration into a fresh list (created and released inside the timed loop).
+void render_all(benchmark::State& state, const char* table) {
+    Target t;
+    if (!target(state, table, t)) return;
+    const void* rec = zan::db::row_record(*t.row);
+    size_t values = 0;
+    {
+        gx_do_vlist* list = gx_do_vlist_new();
+        uint32_t err = 0;
+        const int32_t r = t.all(zan::engine::Engine::context(), 0, rec, list, 0, &err);
+        values = static_cast<size_t>(gx_do_vlist_get_len(list));
+        gx_do_vlist_deref(list);
+        if (r < 0 || err != 0) {
+            state.SkipWithError("the row does not render");
+            return;
+        }
+    }
+    for (auto _ : state) {
+        gx_do_vlist* list = gx_do_vlist_new();
+        uint32_t err = 0;
+        benchmark::DoNotOptimize(t.all(zan::engine::Engine::context(), 0, rec, list, 0, &err));
+        gx_do_vlist_deref(list);
+    }
+    state.counters["values"] = static_cast<double>(values);
+    state.counters["per_value"] = benchmark::Counter(static_cast<double>(values),
+                                                     benchmark::Counter::kIsIterationInvariantRate |
+                                                         benchmark::Counter::kInvert);
+}
+
+// Every attribute of the row fetched by name once per iteration, each into one list that is
+// cleared between names; the name is copied per call, as strtok_r cuts it.
+void select_all(benchmark::State& state, const char* table) {
+    Target t;
+    if (!target(state, table, t)) return;
+    auto sel = reinterpret_cast<select_fn>(library_function(std::string(t.top->name) + "_to_vlist"));
+    if (sel == nullptr) {
+        state.SkipWithError("the library has no selector for the row's type");
+        return;
+    }
+    const void* rec = zan::db::row_record(*t.row);
+    std::vector<std::string> names;
+    leaf_names(*t.top, "", names);
+    gx_do_vlist* list = gx_do_vlist_new();
+    char buffer[512];
+    auto walk = [&](const std::string& name) {
+        std::memcpy(buffer, name.c_str(), name.size() + 1);
+        char* save = nullptr;
+        const char* token = strtok_r(buffer, ".", &save);
+        uint32_t err = 0;
+        const int32_t r = sel(zan::engine::Engine::context(), 0, token, &save, rec, list, 0, &err);
+        gx_do_vlist_clear(list);
+        return r > 0 && err == 0;
+    };
+    for (const std::string& n : names) {
+        if (!walk(n)) {
+            state.SkipWithError(("no value for " + n).c_str());
+            gx_do_vlist_deref(list);
+            return;
+        }
+    }
+    for (auto _ : state)
+        for (const std::string& n : names) benchmark::DoNotOptimize(walk(n));
+    gx_do_vlist_deref(list);
+    state.counters["attributes"] = static_cast<double>(names.size());
+    state.counters["per_attribute"] = benchmark::Counter(static_cast<double>(names.size()),
+                                                         benchmark::Counter::kIsIterationInvariantRate |
+                                                             benchmark::Counter::kInvert);
+}
+
+void BM_VlistAllOneLeaf(benchmark::State& state) { render_all(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }
+BENCHMARK(BM_VlistAllOneLeaf)->Unit(benchmark::kNanosecond);
+void BM_VlistAllNtpPeer(benchmark::State& state) { render_all(state, "tbl_ntp_peer_eol"); }
+BENCHMARK(BM_VlistAllNtpPeer)->Unit(benchmark::kNanosecond);
+void BM_VlistAllMacNacl(benchmark::State& state) { render_all(state, "tbl_conf_mac_nacl_eol"); }
+BENCHMARK(BM_VlistAllMacNacl)->Unit(benchmark::kNanosecond);
+
+void BM_SelectOneLeaf(benchmark::State& state) { select_all(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }
+BENCHMARK(BM_SelectOneLeaf)->Unit(benchmark::kNanosecond);
+void BM_SelectNtpPeer(benchmark::State& state) { select_all(state, "tbl_ntp_peer_eol"); }
+BENCHMARK(BM_SelectNtpPeer)->Unit(benchmark::kNanosecond);
+void BM_SelectMacNacl(benchmark::State& state) { select_all(state, "tbl_conf_mac_nacl_eol"); }
+BENCHMARK(BM_SelectMacNacl)->Unit(benchmark::kNanosecond);
+
+}  // namespace
