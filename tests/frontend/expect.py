@@ -8,6 +8,7 @@
                                           that holds the leaf, DEPTH its nesting level
   type ROW NAME|- CATEGORY|- KPROP KVLIST a row of the type arrays, kinds of both arrays
   record ORDINAL NAME NCOLS               a record type in slot order, with its column count
+  order N                                 the table above's place in the catalogue's table order
   key INDEX NAME WORD [NAME WORD ...]     the entries of the table above's key as to_nvlist
                                           delivers them, read from its INDEX-th row record
 
@@ -75,6 +76,7 @@ def main(schema, out):
         cols = [c for r in cat.positions[name].rows for c in columns(cat, r)]
         lines.append(f"table {row} {name} {len(cols)}")
         lines += [f"column {code} {depth} {owner} {n}" for code, depth, owner, n in cols]
+        lines.append(f"order {[p.name for p in cat.tables()].index(name)}")
         index, entries = key_entries(cat, cat.positions[name])
         lines.append(f"key {index} " + " ".join(f"{n} {w}" for n, w in entries))
     for s in cat.slots:

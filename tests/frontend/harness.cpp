@@ -28,6 +28,15 @@ void* symbol(const char* name) {
     return p;
 }
 
+void* local_symbol(const char* name) {
+    static const Elf elf = read_elf(ZAN_FE_LIBRARY);
+    Dl_info info{};
+    if (dladdr(symbol(ZAN_FE_INIT_SYMBOL), &info) == 0) return nullptr;
+    for (const ElfSymbol& s : elf.symtab)
+        if (s.name == name && !s.section.empty()) return static_cast<char*>(info.dli_fbase) + s.value;
+    return nullptr;
+}
+
 int32_t init() {
     zan::plat::registration_reset();
     return fn<zan_fe_init_fn>(ZAN_FE_INIT_SYMBOL)();
@@ -64,6 +73,8 @@ Expect load_expect() {
             Column c;
             ls >> c.code >> c.depth >> c.owner >> c.name;
             e.tables.back().columns.push_back(c);
+        } else if (what == "order") {
+            ls >> e.tables.back().order;
         } else if (what == "key") {
             TableRow& t = e.tables.back();
             ls >> t.key_record;

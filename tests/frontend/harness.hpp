@@ -20,6 +20,14 @@ T fn(const char* name) {
     return reinterpret_cast<T>(symbol(name));
 }
 
+// A function the library defines without exporting it, by its address in the library's
+// symbol table; nullptr when there is none.
+void* local_symbol(const char* name);
+template <class T>
+T local_fn(const char* name) {
+    return reinterpret_cast<T>(local_symbol(name));
+}
+
 // Resets the platform's registrations and calls the initialiser by name; answers its result.
 int32_t init();
 const zan::plat::Registration& registered();   // after init()
@@ -35,6 +43,7 @@ struct KeyEntry {
 };
 struct TableRow {
     int row;
+    int order = -1;                 // place in the catalogue's table order
     std::string name;   // empty for an empty row
     std::vector<Column> columns;
     size_t key_record = 0;          // the row record that holds the key

@@ -1,7 +1,6 @@
 // Key rendering, reached as an engine reaches it: slot 4 (to_nvlist) of every table's row,
 // over the rows of the default configuration. The enumerations' name-value forms have no
 // caller and are not exported; they are reached through the library's symbol table.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -34,18 +33,6 @@ const db::Store& default_store() {
 std::vector<const db::Row*> rows_of(const std::string& table) {
     const auto rows = default_store().rows(*db::table_info(table));
     return {rows.begin(), rows.end()};
-}
-
-// A function the library defines but does not export, by its address in the symbol table.
-template <class T>
-T local_fn(const char* name) {
-    static const Elf elf = read_elf(ZAN_FE_LIBRARY);
-    Dl_info info{};
-    if (dladdr(symbol(ZAN_FE_INIT_SYMBOL), &info) == 0) return nullptr;
-    for (const ElfSymbol& s : elf.symtab)
-        if (s.name == name && !s.section.empty())
-            return reinterpret_cast<T>(static_cast<char*>(info.dli_fbase) + s.value);
-    return nullptr;
 }
 
 using enum_nvlist_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_nvlist*, int32_t, int32_t,
