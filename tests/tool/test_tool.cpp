@@ -835,3 +835,54 @@ TEST(ToolType, NestedInstancesAndRefusals) {
     EXPECT_TRUE(many.err_lines()[0].ends_with(" stored instance(s) of type 'ntp_peer_cp', not 100000")) << many.err;
     EXPECT_EQ(zanfe({"type", "ntp_peer_cp", "--nth", "0"}).status, 2);
 }
+
+// The whole row through to_vlist, labelled by the table's columns: one value per column of
+// `columns`, for every table of the built-in configuration.
+TEST(ToolGetValues, EveryTableLinesUpWithItsColumns) {
+    const auto columns = parse_json(slurp(TOOL_EXPECT_DIR "/columns.json"));
+    const auto paths = one_row_per_table();
+    ASSERT_EQ(paths.size(), 329u);
+    for (const auto& [table, path] : paths) {
+        SCOPED_TRACE(table);
+        const ToolRun r = zanfe({"get", "--values", "--json", path});
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto j = parse_json(r.out);
+        EXPECT_EQ(j["path"], path);
+        EXPECT_GT(j["result"].get<int>(), 0);
+        const auto& want = columns[table];
+        ASSERT_EQ(j["values"].size(), want.size());
+        for (size_t i = 0; i < want.size(); ++i) EXPECT_EQ(j["values"][i][0], want[i][0]) << i;
+    }
+}
+
+TEST(ToolGetValues, NamedAttributesInOrderWithTheRowsPath) {
+    const std::string path = "ntp_peer_server[peer_server_key=10.0.0.1]";
+    const ToolRun r = zanfe({"get", path, "--attrs", "compound_0.peer_or_server.descriminator,__uri__,peer_server_key"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto lines = split_lines(r.out);
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_TRUE(lines[0].starts_with("compound_0.peer_or_server.descriminator = ZAN_CFG_")) << lines[0];
+    EXPECT_EQ(lines[1], "__uri__ = uri /" + path);
+    EXPECT_EQ(lines[2], "peer_server_key = \"10.0.0.1\"");
+    EXPECT_EQ(lines[3], "result 3");
+    // The same values as the whole row delivers at those columns.
+    const auto whole = parse_json(zanfe({"get", "--values", "--json", path}).out);
+    const auto some = parse_json(zanfe({"get", "--attrs", "peer_server_key,compound_0.peer_or_server.descriminator",
+                                        "--json", path})
+                                     .out);
+    EXPECT_EQ(some["values"][0], whole["values"][0]);
+    EXPECT_EQ(some["values"][1], whole["values"][1]);
+}
+
+TEST(ToolGetValues, NamesThatGiveNoValueAndBadCombinations) {
+    const std::string path = "ntp_peer_server[peer_server_key=10.0.0.1]";
+    expect_one_line_failure(zanfe({"get", path, "--attrs", "peer_server_key,nonsense"}),
+                            "zanfe: to_vlist of /" + path + " failed: result -1, error 0, 1 value(s) delivered");
+    expect_one_line_failure(zanfe({"get", path, "--attrs", "nonsense,peer_server_key"}),
+                            "zanfe: to_vlist of /" + path + " delivered 1 value(s) for 2 attribute name(s): a name "
+                            "the row does not have gives no value");
+    expect_one_line_failure(zanfe({"--fail", "gx_do_vlist_add_mr_uri", "get", path, "--attrs", "__uri__"}),
+                            "zanfe: to_vlist of /" + path + " failed: result -1, error 0, 0 value(s) delivered");
+    EXPECT_EQ(zanfe({"get", path, "--attrs", "a", "--values"}).status, 2);
+    EXPECT_EQ(zanfe({"get", path, "--values", "--with-state"}).status, 2);
+}
