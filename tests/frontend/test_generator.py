@@ -31,7 +31,8 @@ class FixtureOutput(unittest.TestCase):
             "fe_arrays.cpp", "fe_catalogue.hpp", "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp",
             "fe_ntlist_messages.cpp", "fe_nvlist.cpp", "fe_props_base.cpp", "fe_props_dom.cpp", "fe_props_messages.cpp",
             "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
-            "fe_resolve_messages.cpp", "fe_rows_dom.cpp", "zanfe.map"])
+            "fe_resolve_messages.cpp", "fe_rows_dom.cpp", "fe_vlist_base.cpp", "fe_vlist_decls.hpp",
+            "fe_vlist_dom.cpp", "fe_vlist_messages.cpp", "zanfe.map"])
         for name, text in self.files.items():
             self.assertRegex(text.splitlines()[0], r"generated from schema/\S+.* do not edit", name)
         self.assertIn("generated from schema/dom.zs", self.files["fe_ntlist_dom.cpp"])
