@@ -26,17 +26,7 @@ constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
 
 // Whether the attribute's value equals its schema default; ctx_variant < 0 turns this off.
 int32_t compare_default(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err) {
-    switch (f.dflt) {
-    case Default::none: return 0;
-    case Default::arm_one: return f.value(ctx, id, obj, err) == 1;
-    case Default::zero: return f.value(ctx, id, obj, err) == 0;
-    case Default::zero16: return (f.value(ctx, id, obj, err) & 0xffffu) == 0;
-    case Default::ip_address:
-        return ip_address_is_default(ctx, id, f.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
-    case Default::rsl_vstring:
-        return rsl_vstring_is_default(ctx, id, f.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
-    }
-    return 0;
+    return nlist::is_default_value(f.dflt, f.value, f.get.one, ctx, id, obj, err);
 }
 
 // A leaf or the discriminator: default comparison, state flag, handle, conversion.
@@ -90,13 +80,63 @@ int32_t array(const Type& t, const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, con
     return status;
 }
 
+// A sequence: one attribute holding an array of name-value lists, one per element.
+int32_t sequence(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
+                 const void* obj, int32_t with_state, uint32_t* err) {
+    const uint32_t msg_new = f.msg_seq, msg_nvlist = f.msg_seq + 1, msg_length = f.msg_seq + 2,
+                   msg_set_array = f.msg_seq + 3;
+    if (with_state != 0 && !present_in(f.state.one(ctx, id, obj, err))) {
+        if (gx_do_properties_set_null(props, name) < 0) {
+            trace(f.msg_array_null, LT_LEVEL_ERROR);
+            return k_fail;
+        }
+        return 0;
+    }
+    // The array's list, then the element's names and values, reused for every element.
+    gx_do_vlist* result = gx_do_vlist_new();
+    gx_do_nlist* names = result ? gx_do_nlist_new() : nullptr;
+    gx_do_vlist* values = names ? gx_do_vlist_new() : nullptr;
+    auto release = [&] {
+        if (result) gx_do_vlist_deref(result);
+        if (names) gx_do_nlist_deref(names);
+        if (values) gx_do_vlist_deref(values);
+    };
+    if (values == nullptr) {
+        trace(msg_new, LT_LEVEL_ERROR);
+        release();
+        return k_no_memory;
+    }
+    int32_t failed = 0;
+    const nlist::Sequence s{f.get.one, f.next, f.element, &k_unit, msg_length};
+    switch (nlist::sequence_elements(s, ctx, id, obj, result, names, values, with_state, err, &failed)) {
+    case nlist::SeqStep::no_nvlist:
+        trace(msg_nvlist, LT_LEVEL_ERROR);
+        release();
+        return k_no_memory;
+    case nlist::SeqStep::element_failed:
+        trace(f.msg, LT_LEVEL_ERROR);
+        release();
+        return k_fail;
+    case nlist::SeqStep::done: break;
+    }
+    gx_do_nlist_deref(names);
+    gx_do_vlist_deref(values);
+    const int32_t status = gx_do_properties_set_array(props, name, result);
+    gx_do_vlist_deref(result);
+    if (status != 0)
+        __LTf_4(&k_unit, msg_set_array, g_arbor_fe_trace_module_id, LT_LEVEL_ERROR, static_cast<uint32_t>(status));
+    return status;
+}
+
 // The fields of a record or of one of its extensions, in schema order, each named behind
 // the prefix of length len already in buffer.
 int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rsl_ctx_id_t id, char* buffer,
                size_t len, gx_do_properties* props, const void* obj, int32_t with_state, int8_t default_variant,
                uint32_t* err) {
     for (const Field& f : std::span(fs, count)) {
-        const bool is_array = f.kind == Kind::fixed_array || f.kind == Kind::counted_array;
+        // Repeated fields have no check of the error word before them.
+        const bool is_array =
+            f.kind == Kind::fixed_array || f.kind == Kind::counted_array || f.kind == Kind::sequence;
         if (f.kind == Kind::arm) {
             // Read afresh per arm, before the error word is looked at.
             const uint32_t selected = f.value(ctx, id, obj, err);
@@ -164,6 +204,7 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
             break;
         case Kind::fixed_array:
         case Kind::counted_array: status = array(t, f, ctx, id, buffer, props, obj, with_state, err); break;
+        case Kind::sequence: status = sequence(f, ctx, id, buffer, props, obj, with_state, err); break;
         default: status = leaf(f, ctx, id, buffer, props, obj, with_state, default_variant, err); break;
         }
         if (status != 0) {

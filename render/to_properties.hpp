@@ -7,6 +7,7 @@
 #include "traversal.h"
 
 #include "leaf_conversions.h"
+#include "to_nlist_vlist_all.hpp"
 
 namespace zan::fe::props {
 
@@ -34,16 +35,10 @@ enum class Kind : uint8_t {
     fixed_array,    // element, element_state, whole state; vconv; bound
     counted_array,  // the same with the count read through count
     chars,          // chars, length (null: the fixed 10-byte read), state
+    sequence,       // first (get.one), next, state; element: the element's paired rendering
 };
 
-enum class Default : uint8_t {
-    none,
-    arm_one,        // the discriminator is 1
-    zero,           // the integer value is 0
-    zero16,         // the low 16 bits of the integer value are 0
-    ip_address,     // ip_address_is_default(value, "0.0.0.0")
-    rsl_vstring,    // rsl_vstring_is_default(value, "0.0.0.0")
-};
+using Default = nlist::Default;
 
 // Message number meaning "this failure writes no trace".
 inline constexpr uint32_t k_no_msg = UINT32_MAX;
@@ -71,7 +66,11 @@ struct Field {
     null_fn nested_null;          // its null rendering
     uint32_t msg;                 // failure trace of the field; k_no_msg: none
     uint32_t msg_null;            // failure trace of the field in a null rendering (arm: of its null rendering)
-    uint32_t msg_array_null;      // arrays: gx_do_properties_set_null failed
+    uint32_t msg_array_null;      // arrays and sequences: gx_do_properties_set_null failed
+    nlist::next_fn next;          // sequences: <type>_<field>_get_next
+    nlist::type_fn element;       // sequences: <element>_to_nlist_vlist_all
+    uint32_t msg_seq;             // sequences: xxx_new, nvlist_new, the fatal length line and
+                                  // set_array failed, in this order
 };
 
 struct Extension {

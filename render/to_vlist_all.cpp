@@ -5,6 +5,8 @@
 // Results: zero or more is success (the result of the last value added), negative failure.
 #include "to_vlist_all.hpp"
 
+#include "to_nlist_vlist_all.hpp"
+
 #include <cstdlib>
 #include <cstring>
 #include <span>
@@ -122,8 +124,8 @@ int32_t array(const Field& f, const ArrayMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t id
     return r;
 }
 
-// A sequence of records, as one array value of name-value lists, one per element. With
-// with_state and an unset flag, one null instead (*nulled).
+// A sequence of records, as one array value of name-value lists, one per element (walked as
+// every family walks them). With with_state and an unset flag, one null instead (*nulled).
 struct SeqMsgs {
     uint32_t state_null, xxx_new, nvlist_new, element, fatal, add_array;
 };
@@ -149,34 +151,18 @@ int32_t sequence(const Field& f, const SeqMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t i
         release();
         return k_refused;
     }
-    const void* element = f.get.one(ctx, id, obj, err);
-    while (element != nullptr && *err == 0) {
-        gx_do_nvlist* pairs = gx_do_nvlist_new();
-        if (pairs == nullptr) {
-            trace(m.nvlist_new, LT_LEVEL_ERROR);
-            release();
-            return k_refused;
-        }
-        const int32_t r = f.pairs(ctx, id, element, names, values, with_state, err);
-        if (r < 0) {
-            trace(m.element, LT_LEVEL_ERROR);
-            gx_do_nvlist_deref(pairs);
-            release();
-            return r;
-        }
-        const int32_t n_names = gx_do_nlist_get_len(names);
-        const int32_t n_values = gx_do_vlist_get_len(values);
-        if (n_names != n_values) {
-            __LTf_44(&k_unit, m.fatal, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL, static_cast<uint32_t>(n_names),
-                     static_cast<uint32_t>(n_values));
-            std::abort();
-        }
-        arbor_nvlist_from_nlist_vlist(pairs, names, values);
-        gx_do_vlist_add_sequence(result, pairs);
-        gx_do_nlist_clear(names);
-        gx_do_vlist_clear(values);
-        gx_do_nvlist_deref(pairs);
-        element = f.next(ctx, id, obj, element, err);
+    int32_t failed = 0;
+    switch (nlist::sequence_elements({f.get.one, f.next, f.pairs, &k_unit, m.fatal}, ctx, id, obj, result, names,
+                                     values, with_state, err, &failed)) {
+    case nlist::SeqStep::done: break;
+    case nlist::SeqStep::no_nvlist:
+        trace(m.nvlist_new, LT_LEVEL_ERROR);
+        release();
+        return k_refused;
+    case nlist::SeqStep::element_failed:
+        trace(m.element, LT_LEVEL_ERROR);
+        release();
+        return failed;
     }
     gx_do_nlist_deref(names);
     gx_do_vlist_deref(values);
@@ -290,11 +276,9 @@ int32_t render_all(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* ob
 int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, uint32_t* err) {
     if (vlist == nullptr || *err != 0) return k_refused;
     int32_t result = 0;
-    bool first = true;
     auto run = [&](std::span<const Field> fields) {
         for (const Field& f : fields) {
-            if (!first && *err != 0) return true;  // ends with the latest result
-            first = false;
+            if (*err != 0) return true;  // set between two fields: ends with the latest result
             const int32_t r = f.kind == Kind::nested || f.kind == Kind::arm ? f.nested_null(ctx, id, vlist, err)
                                                                               : gx_do_vlist_add_null(vlist);
             if (r < 0) {

@@ -223,8 +223,8 @@ namespace {
 // A stored value of the named type: a record instance, or the handle of a field whose
 // enumeration, flag set or leaf word is that type.
 struct Instance {
-    const zan::db::Row* row = nullptr;
-    std::string at;            // attribute prefix within the row ("" for a row's top record)
+    std::string origin;        // the row's path, or @records.<type>[i] for a record outside tables
+    std::string at;            // attribute prefix within it ("" for the top record)
     const void* handle = nullptr;
 };
 
@@ -239,25 +239,25 @@ bool field_is(const zan::db::FieldInfo& f, std::string_view type) {
 }
 
 // Walks a record depth first in attribute order; answers true once the n-th instance is found.
-bool find_in(const zan::db::Record& rec, const zan::db::Row& row, const std::string& prefix, std::string_view type,
+bool find_in(const zan::db::Record& rec, const std::string& origin, const std::string& prefix, std::string_view type,
              long* n, Instance* out) {
     using zan::db::FieldKind;
     if (zan::db::type_of(rec).name == type && --*n == 0) {
-        *out = Instance{&row, prefix, &rec};
+        *out = Instance{origin, prefix, &rec};
         return true;
     }
     for (const auto& f : zan::db::type_of(rec).fields) {
         if (f.role != zan::db::FieldRole::attribute) continue;
         const std::string name(f.name);
         if (f.kind == FieldKind::nested) {
-            if (find_in(zan::db::nested(rec, name), row, prefix + name + ".", type, n, out)) return true;
+            if (find_in(zan::db::nested(rec, name), origin, prefix + name + ".", type, n, out)) return true;
         } else if (f.kind == FieldKind::sequence) {
             for (size_t i = 0, size = zan::db::sequence_size(rec, name); i < size; ++i) {
                 const std::string element = name + "[" + std::to_string(i) + "]";
-                if (find_in(zan::db::nested(rec, element), row, prefix + element + ".", type, n, out)) return true;
+                if (find_in(zan::db::nested(rec, element), origin, prefix + element + ".", type, n, out)) return true;
             }
         } else if (field_is(f, type) && --*n == 0) {
-            *out = Instance{&row, prefix + name, zan::db::handle(rec, name)};
+            *out = Instance{origin, prefix + name, zan::db::handle(rec, name)};
             return true;
         }
     }
@@ -286,13 +286,21 @@ void cmd_type(Session& s, const Invocation& inv) {
     long n = wanted;
     Instance at;
     bool found = false;
+    // Table rows first, then the records that stand in no table, type by type.
     for (const auto* table : zan::db::tables()) {
         for (const zan::db::Row* r : s.rows().rows(*table)) {
             for (size_t i = 0; !found && i < table->rows.size(); ++i)
                 if (const zan::db::Record* rec = zan::db::row_record(*r, i))
-                    found = find_in(*rec, *r, "", type, &n, &at);
+                    found = find_in(*rec, row_path(*r), "", type, &n, &at);
             if (found) break;
         }
+        if (found) break;
+    }
+    for (const std::string_view t : found ? std::vector<std::string_view>{} : s.rows().record_types()) {
+        const auto records = s.rows().records(t);
+        for (size_t i = 0; !found && i < records.size(); ++i)
+            found = find_in(*records[i], "@records." + std::string(t) + "[" + std::to_string(i) + "]", "", type, &n,
+                            &at);
         if (found) break;
     }
     if (!found)
@@ -304,7 +312,7 @@ void cmd_type(Session& s, const Invocation& inv) {
     const zan_type_to_vlist_all_fn to_vlist_all = row->vlist ? row->vlist->to_vlist_all : nullptr;
     if (to_properties == nullptr && to_vlist_all == nullptr)
         throw ToolError("type " + type + ": the front end registered neither to_properties nor to_vlist_all for it");
-    const std::string where = row_path(*at.row) + (at.at.empty() ? "" : " at " + at.at);
+    const std::string where = at.origin + (at.at.empty() ? "" : " at " + at.at);
 
     std::vector<NamedValue> props;
     int32_t props_result = 0;
@@ -333,7 +341,7 @@ void cmd_type(Session& s, const Invocation& inv) {
         s.out += "{\"type\": ";
         append_json_string(s.out, type);
         s.out += ", \"row\": ";
-        append_json_string(s.out, row_path(*at.row));
+        append_json_string(s.out, at.origin);
         s.out += ", \"at\": ";
         append_json_string(s.out, at.at);
         s.out += ",\n \"to_properties\": ";

@@ -320,9 +320,9 @@ def decls(cat, nulls, groups):
         out.append(SIG_ALL.format(all_fn(n)) + ";")
     for g in groups:
         out.append(SIG_NULL.format(null_vlist_fn(g.name)) + ";")
-    out.append("// weak until the paired-name family lands")
+    out.append("// Sequence elements: the paired-name family's.")
     for n in seq_elements:
-        out.append("__attribute__((weak)) " + SIG_PAIRS.format(pairs_fn(n)) + ";")
+        out.append(SIG_PAIRS.format(pairs_fn(n)) + ";")
     out.append("}\n")
     return "\n".join(out)
 

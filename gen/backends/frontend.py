@@ -616,6 +616,8 @@ def files(cat):
     out.update(resolve_files(cat))
     out.update(props_out)
     out.update(vlist_out)
+    from backends import fe_nlist  # paired name and value rendering; it imports helpers of this module
+    out.update(fe_nlist.files(cat))
     for d in cat.domains:
         records = [r for r in cat.records.values() if r.domain == d]
         tables = [p for p in cat.tables() if p.domain == d]
@@ -625,9 +627,6 @@ def files(cat):
 
 
 # ---------------------------------------------------------------------- rendering to properties
-# Records holding a sequence render their elements through <element>_to_nlist_vlist_all,
-# which belongs to a later family; they, and every record that nests one, stay out of this
-# family until it exists (their row functions stay null).
 LEAF_TRACED = {"int32", "u_int32", "u_int8", "u_int16", "int16", "u_int64", "rsl_boolean"}
 LEAF_CONV = LEAF_TRACED | {"rsl_vstring", "ip_address", "rsl_mac_addr"}
 VLIST_CONV = {"u_int8", "u_int16", "u_int32"}
@@ -644,17 +643,7 @@ def null_fn(name):
 def props_plan(cat):
     """(rendered records in slot order, null renderings {name: lenient}, obj_type groups)."""
     recs = cat.records
-    held = set()
-    changed = True
-    while changed:
-        changed = False
-        for r in recs.values():
-            if r.name in held:
-                continue
-            if any(f.shape == "seq" or (f.kind == "nested" and f.type in held) for f in r.all_fields):
-                held.add(r.name)
-                changed = True
-    rendered = [r for r in cat.record_order() if r.name not in held]
+    rendered = list(cat.record_order())
     nulls = {}
 
     def visit(n):
@@ -673,7 +662,7 @@ def props_plan(cat):
     groups = list(cat.enums["obj_type"].extensions) if "obj_type" in cat.enums else []
     for g in groups:
         nulls[g.name] = True
-    return rendered, nulls, groups, held
+    return rendered, nulls, groups
 
 
 class Messages:
@@ -713,6 +702,20 @@ def props_field(cat, r, f, msgs, imports, with_null):
         if with_null:
             d["nested_null"] = f"&{null_fn(f.type)}"
             d["msg_null"] = str(msgs.add(f"{t} to_null_properties: {null_fn(f.type)} failed for {t}"))
+    elif f.kind == "array" and f.shape == "seq":
+        d.update(kind="Kind::sequence", get=f"{{.one = &{acc}_get_first}}", state=f"{{.one = &{acc}_state_flag_get}}",
+                 next=f"&{acc}_get_next", element=f"&{f.type}_to_nlist_vlist_all")
+        imports[f"{acc}_get_first"] = f"const void* {acc}_get_first({ctx}, const void*, uint32_t*);"
+        imports[f"{acc}_get_next"] = f"const void* {acc}_get_next({ctx}, const void*, const void*, uint32_t*);"
+        imports[f"{acc}_state_flag_get"] = f"uint8_t {acc}_state_flag_get({ctx}, const void*, uint32_t*);"
+        d["msg_array_null"] = str(msgs.add(f"{t} to_properties: gx_do_properties_set_null failed for {acc}"))
+        d["msg"] = str(msgs.add(f"{t} to_properties: {f.type}_to_nlist_vlist_all failed for {acc}"))
+        d["msg_seq"] = str(msgs.add(f"{t} to_properties: gx_do_xxx_new failed"))
+        msgs.add(f"{t} to_properties: gx_do_nvlist_new failed")
+        msgs.add(f"{t} to_ nlist_vlist_all rendering error {f.name} %u %u")
+        msgs.add(f"{t} to_properties: gx_do_properties_set_array failed: %d")
+        if with_null:
+            d["msg_null"] = str(msgs.add(f"{t} to_properties: {f.type}_set_null_properties failed for {t}"))
     elif f.kind == "array":
         if f.shape == "chars":
             d.update(kind="Kind::chars", get=f"{{.chars = &{acc}_get}}",
@@ -771,7 +774,8 @@ def props_field(cat, r, f, msgs, imports, with_null):
 FIELD_ORDER = (("text", None), ("len", None), ("kind", None), ("dflt", "Default::none"), ("arm", "0"),
                ("get", "{}"), ("state", "{}"), ("whole_state", "nullptr"), ("value", "nullptr"),
                ("conv", "nullptr"), ("vconv", "nullptr"), ("nested", "nullptr"), ("nested_null", "nullptr"),
-               ("msg", "k_no_msg"), ("msg_null", "k_no_msg"), ("msg_array_null", "k_no_msg"))
+               ("msg", "k_no_msg"), ("msg_null", "k_no_msg"), ("msg_array_null", "k_no_msg"),
+               ("next", "nullptr"), ("element", "nullptr"), ("msg_seq", "k_no_msg"))
 
 
 def field_init(d):
@@ -788,7 +792,7 @@ def props_null_only(name, attrs, msgs):
 
 
 def props_files(cat):
-    rendered, nulls, groups, held = props_plan(cat)
+    rendered, nulls, groups = props_plan(cat)
     msgs = Messages()
     units = {}
 
@@ -810,6 +814,9 @@ def props_files(cat):
                 decls[props_fn(f.type)] = sig_t.format(props_fn(f.type))
                 if f.arm or with_null:
                     decls[null_fn(f.type)] = sig_n.format(null_fn(f.type))
+            elif f.shape == "seq":
+                decls[f"{f.type}_to_nlist_vlist_all"] = (f"int32_t {f.type}_to_nlist_vlist_all({ctx}, const void*, "
+                                                         "gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*)")
             elif f.kind not in ("array",) and field_word(f) not in LEAF_CONV:
                 decls[props_fn(field_word(f))] = sig_l.format(props_fn(field_word(f)))
         exts = []
@@ -824,7 +831,7 @@ def props_files(cat):
                         + f", {m1}, {m2}" + "}")
         if exts:
             body.append(f"constexpr Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
-        has_arrays = any(f.kind == "array" and f.shape != "chars" for f in r.fields)
+        has_arrays = any(f.kind == "array" and f.shape in ("fixed", "counted") for f in r.fields)
         m_long = msgs.add("name (%s) length greater than buffer size %zu")
         m_var = msgs.add(f"{r.name} Received variant %d < base version %d") if not r.base else "k_no_msg"
         m_args = msgs.add(f"{r.name} to_properties null argument(s)") if with_null else "k_no_msg"
@@ -889,8 +896,6 @@ def props_files(cat):
     # tables
     tables = []
     for p in cat.tables():
-        if any(row in held for row in p.rows):
-            continue
         imports, decls, body, shims, defined = unit(p.domain)
         tops = []
         for row in p.rows:

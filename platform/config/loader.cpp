@@ -114,6 +114,10 @@ public:
                 default_variant = static_cast<int32_t>(rows.get<int64_t>());
                 continue;
             }
+            if (name == "@records") {
+                records(rows, at);
+                continue;
+            }
             const TableInfo* pos = db::table_info(name);
             if (!pos || !name.starts_with("tbl_")) fault(at, "unknown table");
             const TableInfo* top = nullptr;
@@ -137,6 +141,25 @@ private:
         for (const TableInfo* p : db::positions())
             if (p->table == &table && p->parent) out += (out.empty() ? "" : " or ") + std::string(p->parent->table->name);
         return out;
+    }
+
+    // "@records": records that stand in no table, by type, each an object of attributes
+    // named relative to the record.
+    void records(const json& types, const Place& at) {
+        if (!types.is_object()) fault(at, "expected an object of record types, got " + got(types));
+        for (const auto& [type, list] : types.items()) {
+            Place tat = at + type;
+            const TypeInfo* t = db::type_info(type);
+            if (!t || t->category != db::Category::record) fault(tat, "unknown record type");
+            if (!list.is_array()) fault(tat, "expected an array of records, got " + got(list));
+            for (size_t i = 0; i < list.size(); ++i) {
+                Place rat = tat + i;
+                if (!list[i].is_object()) fault(rat, "expected a record object, got " + got(list[i]));
+                db::Record& rec = store_.add_record(type);
+                for (const auto& [name, value] : list[i].items())
+                    set_value(rec, name, attribute(*t, name, rat + name), value, rat + name);
+            }
+        }
     }
 
     void table_rows(const TableInfo& pos, const json& rows, const db::Row* parent, const Place& at) {

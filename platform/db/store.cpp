@@ -1,6 +1,7 @@
 // Record instances and rows, their C++ interface by field path, typed key objects and the
 // stored key forms.
 #include <charconv>
+#include <map>
 #include <cstring>
 #include <limits>
 
@@ -721,6 +722,8 @@ std::vector<uint8_t> row_key(const Row& row) {
 struct Store::Impl {
     std::unordered_map<const TableInfo*, std::vector<Row*>> by_table;
     std::vector<RowPtr> rows;
+    std::map<std::string_view, std::vector<Record*>> by_type;   // names owned by the TypeInfo
+    std::vector<RecordPtr> records;
 };
 
 Store::Store() : impl_(std::make_unique<Impl>()) {}
@@ -761,9 +764,33 @@ size_t Store::size() const { return impl_->rows.size(); }
 
 void Store::swap(Store& other) noexcept { impl_.swap(other.impl_); }
 
+Record& Store::add_record(std::string_view type) {
+    const TypeInfo* t = type_info(type);
+    if (!t || t->category != Category::record) throw Error(std::string(type) + " is no record type");
+    RecordPtr rec = make_record(type);
+    Record& r = *rec;
+    impl_->by_type[r.type->name].push_back(&r);
+    impl_->records.push_back(std::move(rec));
+    return r;
+}
+
+std::span<Record* const> Store::records(std::string_view type) const {
+    auto it = impl_->by_type.find(type);
+    if (it == impl_->by_type.end()) return {};
+    return it->second;
+}
+
+std::vector<std::string_view> Store::record_types() const {
+    std::vector<std::string_view> out;
+    for (const auto& [name, _] : impl_->by_type) out.push_back(name);
+    return out;
+}
+
 void Store::clear() {
     impl_->by_table.clear();
     impl_->rows.clear();
+    impl_->by_type.clear();
+    impl_->records.clear();
 }
 
 LiveCounts live_counts() {

@@ -2,6 +2,8 @@
 // catalogue.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "zan/config.hpp"
 
 using namespace zan::db;
@@ -47,4 +49,23 @@ TEST(DefaultConfiguration, SecondEntrancesAndChildrenHangOnTheirParents) {
     int under_afi = 0;
     for (const Row* row : r.store->rows(rt)) under_afi += parent_of(*row) && &table_of(*parent_of(*row)) == &afi;
     EXPECT_GT(under_afi, 0);
+}
+
+TEST(DefaultConfiguration, HoldsRecordsWithSequencesOfSeveralElements) {
+    cfg::LoadResult r = cfg::load_default();
+    ASSERT_TRUE(r) << r.error;
+    // Every sequence field of the catalogue has, in some stored record of its type, more
+    // than one element, so that a rendering by type shows them all.
+    int sequences = 0;
+    for (const TypeInfo* t : types()) {
+        for (const FieldInfo& f : t->fields) {
+            if (f.kind != FieldKind::sequence) continue;
+            ++sequences;
+            size_t most = 0;
+            for (const Record* rec : r.store->records(t->name))
+                most = std::max(most, sequence_size(*rec, f.name));
+            EXPECT_GE(most, 2u) << t->name << "." << f.name;
+        }
+    }
+    EXPECT_EQ(sequences, 5);
 }

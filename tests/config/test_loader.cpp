@@ -377,6 +377,15 @@ TEST_F(Config, BrokenFilesAreRefusedWithTheirPlace) {
          {"t.json: tbl_hostname[0].\"singleton_id\": member repeated in the same object"}},
         {R"({ "tbl_hostname": [ { "singleton_id": 1 } ], "tbl_hostname": [] })",
          {"t.json: tbl_hostname: member repeated in the same object"}},
+        // Records that stand in no table.
+        {R"({ "@records": [] })", {"t.json: \"@records\": expected an object of record types, got array"}},
+        {R"({ "@records": { "obj_type": [] } })", {"\"@records\".\"obj_type\": unknown record type"}},
+        {R"({ "@records": { "om_node": {} } })", {"\"om_node\": expected an array of records, got object"}},
+        {R"({ "@records": { "om_node": [ 1 ] } })", {"\"om_node\"[0]: expected a record object, got integer 1"}},
+        {R"({ "@records": { "om_node": [ { "cl": [ { "cid": 300 } ] } ] } })",
+         {"\"om_node\"[0].\"cl\"[0].\"cid\": 300 is out of range for u_int8"}},
+        {R"({ "@records": { "layer_head": [ { "layerl": [ { "cl": 5 } ] } ] } })",
+         {"\"layerl\"[0].\"cl\": expected an array of elements, got integer 5"}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
@@ -385,6 +394,34 @@ TEST_F(Config, BrokenFilesAreRefusedWithTheirPlace) {
         EXPECT_EQ(r.error.find('\n'), std::string::npos) << r.error;
         for (const std::string& part : c.parts) EXPECT_NE(r.error.find(part), std::string::npos) << r.error;
     }
+}
+
+TEST_F(Config, RecordsOutsideTablesAreKeptByTypeWithTheirSequences) {
+    auto store = load(R"({ "@records": {
+        "layer_head": [ { "lkey.layer_idx": 3, "dwnld_marker": [ { "cid": 4 }, { "cid": 5 } ],
+                          "layerl": [ { "obj_type": 1, "cl": [ { "cid": 9 } ] },
+                                      { "obj_type": "OBJ_BFD", "cl": [ { "cid": 10 }, { "cid": 11 } ] } ] } ],
+        "om_node": [ { "context": 1 }, { "context": 2 } ] } })");
+    ASSERT_TRUE(store);
+    EXPECT_EQ(store->size(), 0u);   // no rows
+    EXPECT_EQ(store->record_types(), (std::vector<std::string_view>{"layer_head", "om_node"}));
+    ASSERT_EQ(store->records("om_node").size(), 2u);
+    EXPECT_EQ(get_u64(*store->records("om_node")[0], "context"), 1u);   // in the order written
+    EXPECT_EQ(get_u64(*store->records("om_node")[1], "context"), 2u);
+    const Record& head = *store->records("layer_head")[0];
+    EXPECT_EQ(get_int(head, "lkey.layer_idx"), 3);
+    EXPECT_EQ(sequence_size(head, "dwnld_marker"), 2u);
+    EXPECT_EQ(get_int(head, "dwnld_marker[1].cid"), 5);
+    ASSERT_EQ(sequence_size(head, "layerl"), 2u);
+    EXPECT_EQ(sequence_size(head, "layerl[1].cl"), 2u);
+    EXPECT_EQ(get_int(head, "layerl[1].cl[1].cid"), 11);
+    EXPECT_EQ(get_int(head, "layerl[1].obj_type"), int64_t(*type_info("obj_type")->value_of("OBJ_BFD")));
+    EXPECT_TRUE(store->records("ack_timer_head").empty());
+    store->clear();
+    EXPECT_TRUE(store->records("om_node").empty());
+    // Only record types can be kept so.
+    EXPECT_THROW(store->add_record("obj_type"), Error);
+    EXPECT_THROW(store->add_record("nonesuch"), Error);
 }
 
 TEST_F(Config, CommentsAreAllowed) {

@@ -84,6 +84,8 @@ def main(schema, out):
         lines.append(f"type {s.index} {s.name or '-'} {s.category or '-'} {kp} {kv}")
     for i, r in enumerate(cat.record_order()):
         lines.append(f"record {i} {r.name} {len(columns(cat, r.name))}")
+    if "obj_type" in cat.enums:
+        lines += [f"group {g.name} {' '.join(g.values)}" for g in cat.enums["obj_type"].extensions]
     text = "\n".join(lines) + "\n"
     if os.path.exists(out) and open(out).read() == text:
         return

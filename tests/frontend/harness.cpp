@@ -28,13 +28,40 @@ void* symbol(const char* name) {
     return p;
 }
 
-void* local_symbol(const char* name) {
-    static const Elf elf = read_elf(ZAN_FE_LIBRARY);
-    Dl_info info{};
-    if (dladdr(symbol(ZAN_FE_INIT_SYMBOL), &info) == 0) return nullptr;
-    for (const ElfSymbol& s : elf.symtab)
-        if (s.name == name && !s.section.empty()) return static_cast<char*>(info.dli_fbase) + s.value;
+void* internal(const std::string& name) {
+    static const std::map<std::string, uint64_t> functions = [] {
+        std::map<std::string, uint64_t> out;
+        for (const ElfSymbol& s : read_elf(ZAN_FE_LIBRARY).symtab)
+            if (s.type == STT_FUNC && !s.section.empty() && s.value != 0) out.emplace(s.name, s.value);
+        return out;
+    }();
+    static const uintptr_t base = [] {
+        Dl_info info{};
+        if (dladdr(symbol(ZAN_FE_INIT_SYMBOL), &info) == 0) throw std::runtime_error("dladdr failed");
+        return reinterpret_cast<uintptr_t>(info.dli_fbase);
+    }();
+    auto it = functions.find(name);
+    return it == functions.end() ? nullptr : reinterpret_cast<void*>(base + it->second);
+}
+
+const zan_gx_table_row& table_row(const std::string& table) {
+    init();
+    return static_cast<const zan_gx_table_row*>(registered().gx_dispatch)[expect().table(table).row];
+}
+
+zan_type_to_properties_fn type_row(const std::string& type) {
+    init();
+    const auto* rows = static_cast<const zan_gx_type_props_row*>(registered().type_gx_lut);
+    for (const TypeRow& t : expect().types)
+        if (t.name == type) return rows[t.row].to_properties;
+    ADD_FAILURE() << "no type row " << type;
     return nullptr;
+}
+
+std::vector<std::string> names_of(gx_do_properties* props) {
+    std::vector<std::string> out;
+    for (const zan::plat::NamedValue& nv : zan::plat::properties_items(props)) out.push_back(nv.name);
+    return out;
 }
 
 int32_t init() {
@@ -85,6 +112,11 @@ Expect load_expect() {
             t.name = opt(t.name);
             t.category = opt(t.category);
             e.types.push_back(t);
+        } else if (what == "group") {
+            Group g;
+            ls >> g.name;
+            for (std::string v; ls >> v;) g.values.push_back(v);
+            e.groups.push_back(std::move(g));
         } else if (what == "record") {
             RecordRow r;
             ls >> r.ordinal >> r.name >> r.columns;

@@ -20,12 +20,12 @@ T fn(const char* name) {
     return reinterpret_cast<T>(symbol(name));
 }
 
-// A function the library defines without exporting it, by its address in the library's
-// symbol table; nullptr when there is none.
-void* local_symbol(const char* name);
+// A function the library keeps inside (no export, no row of the arrays), found through the
+// library file's symbol table at its place in the loaded image; nullptr when it has none.
+void* internal(const std::string& name);
 template <class T>
-T local_fn(const char* name) {
-    return reinterpret_cast<T>(local_symbol(name));
+T internal_fn(const std::string& name) {
+    return reinterpret_cast<T>(internal(name));
 }
 
 // Resets the platform's registrations and calls the initialiser by name; answers its result.
@@ -60,8 +60,13 @@ struct RecordRow {
     std::string name;
     size_t columns;
 };
+struct Group {          // an extension group of obj_type and its values
+    std::string name;
+    std::vector<std::string> values;
+};
 struct Expect {
     std::vector<std::string> exports;
+    std::vector<Group> groups;
     std::vector<TableRow> tables;
     std::vector<TypeRow> types;
     std::vector<RecordRow> records;
@@ -69,6 +74,12 @@ struct Expect {
     const RecordRow& record(const std::string& name) const;
 };
 const Expect& expect();
+
+// Rows of the registered vectors, after init().
+const zan_gx_table_row& table_row(const std::string& table);        // zan_config_db_fe_gx_dispatch_vft
+zan_type_to_properties_fn type_row(const std::string& type);          // zan_config_db_type_gx_lut
+// Attribute names of a properties object, in delivery order.
+std::vector<std::string> names_of(gx_do_properties* props);
 
 // A column list filled by one call, freed with the object.
 struct Ntlist {

@@ -122,8 +122,8 @@ TEST_F(Arrays, TableRowsHoldTheDatabaseNamesInItsNumbering) {
         EXPECT_STREQ(g.table_name, t.name.c_str());
         EXPECT_EQ(table_vfts[t.row].vft, process_symbol(t.name + "_table_field_vft"));
         // The value operations are the table's own, which the library keeps to itself.
-        EXPECT_EQ(reinterpret_cast<void*>(g.to_vlist), local_symbol((t.name + "_to_vlist").c_str()));
-        EXPECT_EQ(reinterpret_cast<void*>(g.to_nvlist), local_symbol((t.name + "_to_nvlist").c_str()));
+        EXPECT_EQ(reinterpret_cast<void*>(g.to_vlist), internal(t.name + "_to_vlist"));
+        EXPECT_EQ(reinterpret_cast<void*>(g.to_nvlist), internal(t.name + "_to_nvlist"));
         EXPECT_NE(g.to_vlist, nullptr);
         EXPECT_NE(g.to_nvlist, nullptr);
         EXPECT_EQ(reinterpret_cast<void*>(g.columns_to_ntlist), symbol((t.name + "_table_columns_to_ntlist").c_str()));
@@ -145,9 +145,7 @@ TEST_F(Arrays, TypeRowsHoldNamesAndKindsByCategoryInSlotOrder) {
         const auto& v = type_vlist[t.row];
         EXPECT_EQ(p.kind, t.kind_props) << t.name;
         EXPECT_EQ(v.kind, t.kind_vlist) << t.name;
-        // Records holding a sequence wait for the family that renders their elements.
-        const bool waits = t.name == "om_node" || t.name == "layer_head" || t.name == "ack_timer_head";
-        EXPECT_EQ(p.to_properties == nullptr, t.name.empty() || waits) << t.name;
+        EXPECT_EQ(p.to_properties == nullptr, t.name.empty()) << t.name;
         if (t.category == "library" || t.name == "rsl_boolean") {
             EXPECT_EQ(reinterpret_cast<void*>(p.to_properties), process_symbol(t.name + "_to_properties_perf"))
                 << t.name;

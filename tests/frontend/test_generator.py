@@ -12,6 +12,7 @@ sys.path.insert(0, os.path.join(ROOT, "gen"))
 
 import catalogue  # noqa: E402
 from backends import fe_rows, frontend  # noqa: E402
+from backends import fe_nlist  # noqa: E402
 
 FIXTURE = os.path.join(ROOT, "tests", "gen", "fixture")
 
@@ -28,11 +29,11 @@ class FixtureOutput(unittest.TestCase):
 
     def test_one_column_file_per_domain_with_records_or_tables_and_a_header_on_each(self):
         self.assertEqual(sorted(self.files), [
-            "fe_arrays.cpp", "fe_catalogue.hpp", "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp",
-            "fe_ntlist_messages.cpp", "fe_nvlist.cpp", "fe_props_base.cpp", "fe_props_dom.cpp", "fe_props_messages.cpp",
-            "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
-            "fe_resolve_messages.cpp", "fe_rows_dom.cpp", "fe_vlist_base.cpp", "fe_vlist_decls.hpp",
-            "fe_vlist_dom.cpp", "fe_vlist_messages.cpp", "zanfe.map"])
+            "fe_arrays.cpp", "fe_catalogue.hpp",
+            "fe_nlist_base.cpp", "fe_nlist_dom.cpp", "fe_nlist_imports.hpp", "fe_nlist_messages.cpp",
+            "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp", "fe_ntlist_messages.cpp", "fe_nvlist.cpp", "fe_props_base.cpp", "fe_props_dom.cpp", "fe_props_messages.cpp", "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
+            "fe_resolve_messages.cpp", "fe_rows_dom.cpp", "fe_vlist_base.cpp", "fe_vlist_decls.hpp", "fe_vlist_dom.cpp",
+            "fe_vlist_messages.cpp", "zanfe.map"])
         for name, text in self.files.items():
             self.assertRegex(text.splitlines()[0], r"generated from schema/\S+.* do not edit", name)
         self.assertIn("generated from schema/dom.zs", self.files["fe_ntlist_dom.cpp"])
@@ -104,6 +105,33 @@ class FixtureOutput(unittest.TestCase):
         self.assertIn('"top_u to_properties: arm_a_to_properties failed for descriminator_compound_7"', messages)
         self.assertIn('"top_u to_null_properties: arm_a_to_null_properties failed for top_u"', messages)
         self.assertIn('"top version < 1 Rendering extension v1_top_ext as null.."', messages)
+
+    def test_paired_rendering_has_every_record_and_nulls_for_what_stands_in_an_arm(self):
+        text = self.files["fe_nlist_base.cpp"] + self.files["fe_nlist_dom.cpp"]
+        for r in self.cat.records:
+            self.assertIn(f"int32_t {r}_to_nlist_vlist_all(rsl_ctx_t c", text)
+        nulls = set(re.findall(r"int32_t (\w+)_to_null_nlist_vlist\(rsl_ctx_t c", text))
+        self.assertEqual(nulls, {"arm_a", "arm_b"})
+        # Arms: prefix with the dot, the discriminator read, both renderings of the arm type.
+        self.assertRegex(text, r'\{"compound_7", "compound_7\.", Kind::arm, Default::none, 1, '
+                               r'\{\.one = &top_u_compound_7_get\}.*&top_u_descriminator_get_value, .*'
+                               r'&arm_a_to_nlist_vlist_all, &arm_a_to_null_nlist_vlist')
+        # Enumerations go through their own value-list conversion, imported weak in one place.
+        self.assertIn('{"c", nullptr, Kind::enumeration', text)
+        imports = self.files["fe_nlist_imports.hpp"]
+        self.assertEqual(re.findall(r"__attribute__\(\(weak\)\) int32_t (\w+)\(", imports),
+                         ["bits_to_vlist", "colour_to_vlist", "zan_cfg_union_to_vlist"])
+        messages = self.files["fe_nlist_messages.cpp"]
+        # Field failures name a run of letters as long as "<type> to_nlist_vlist_all".
+        self.assertIn('"abcdefghijklmnopabcdefgh int32_to_vlist for arm_a_x failed"', messages)
+        self.assertIn('"top_u to_ nlist_vlist_all arm_a_to_vlist for top_u_compound_7 failed"', messages)
+        self.assertIn('"top_u to_nlist_vlist_all: arm_b failed for namedfor top_u"', messages)
+        self.assertIn('"top to_ nlist_vlist_all rendering error u %u %u"', messages)
+        self.assertIn('"arm_a to_nlist_vlist_all: int32 set null failed for xfor arm_a"', messages)
+
+    def test_run_of_letters_has_the_length_of_the_type_and_suffix(self):
+        self.assertEqual(fe_nlist.run("vrf_info"), "abcdefghijklmnopabcdefghijk")
+        self.assertEqual(fe_nlist.run("timestamp"), "abcdefghijklmnopabcdefghijkl")
 
     def test_type_rows_hold_the_rendering_and_tables_their_slot_two(self):
         arrays = self.files["fe_arrays.cpp"]

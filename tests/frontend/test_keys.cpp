@@ -19,11 +19,6 @@ namespace {
 
 constexpr uint32_t k_error_level = 0x3000000;
 
-const zan_gx_table_row& table_row(const std::string& table) {
-    init();
-    return static_cast<const zan_gx_table_row*>(registered().gx_dispatch)[expect().table(table).row];
-}
-
 const db::Store& default_store() {
     static const auto loaded = zan::config::load_default();
     if (!loaded.store) throw std::runtime_error(loaded.error);
@@ -215,7 +210,7 @@ TEST_F(Keys, EnumerationsRenderTheirValueTextsAndRefuseWhatTheyCannotRender) {
     size_t enums = 0, gated = 0;
     for (const TypeRow& row : expect().types) {
         if (row.category != "enum") continue;
-        const auto fn = local_fn<enum_nvlist_fn>((row.name + "_to_nvlist").c_str());
+        const auto fn = internal_fn<enum_nvlist_fn>(row.name + "_to_nvlist");
         if (fn == nullptr) {
             EXPECT_EQ(row.name, "rsl_boolean") << "only the library's own enumeration has no front-end form";
             continue;
@@ -268,7 +263,7 @@ TEST_F(Keys, EnumerationsRenderTheirValueTextsAndRefuseWhatTheyCannotRender) {
 TEST_F(Keys, NegativeVariantAbortsOnlyTheEnumerationsThatCheckIt) {
     for (const char* name : {"obj_type", "zan_cfg_union", "addr_type"}) {
         SCOPED_TRACE(name);
-        const auto fn = local_fn<enum_nvlist_fn>((std::string(name) + "_to_nvlist").c_str());
+        const auto fn = internal_fn<enum_nvlist_fn>(std::string(name) + "_to_nvlist");
         ASSERT_NE(fn, nullptr);
         db::RecordPtr rec = db::make_record("om_node");
         const std::string path = "obj_type";

@@ -2,10 +2,12 @@
 // rows of zan_config_db_type_gx_lut. Rows and records come from the reference store.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "harness.hpp"
+#include "zan/config.hpp"
 #include "zan/database.hpp"
 
 using namespace fe_test;
@@ -16,26 +18,6 @@ namespace {
 
 constexpr uint32_t k_error_level = 0x3000000;
 constexpr uint32_t k_debug_level = 0x7000000;
-
-const zan_gx_table_row& table_row(const std::string& table) {
-    init();
-    return static_cast<const zan_gx_table_row*>(registered().gx_dispatch)[expect().table(table).row];
-}
-
-zan_type_to_properties_fn type_row(const std::string& type) {
-    init();
-    const auto* rows = static_cast<const zan_gx_type_props_row*>(registered().type_gx_lut);
-    for (const TypeRow& t : expect().types)
-        if (t.name == type) return rows[t.row].to_properties;
-    ADD_FAILURE() << "no type row " << type;
-    return nullptr;
-}
-
-std::vector<std::string> names_of(gx_do_properties* props) {
-    std::vector<std::string> out;
-    for (const plat::NamedValue& nv : plat::properties_items(props)) out.push_back(nv.name);
-    return out;
-}
 
 std::string without_dots(std::string s) {
     std::erase(s, '.');
@@ -344,4 +326,143 @@ TEST_F(Props, EnumerationAndFlagRowsRenderNamesAndIgnoreState) {
     plat::fault_fail_nth("gx_do_vlist_new", 1);
     EXPECT_EQ(type_row("db_flags")(nullptr, 0, "x", props, flags, 0, &err), 10002);
     EXPECT_EQ(err, 0u);
+}
+
+// ------------------------------------------------------------------ sequences
+
+namespace {
+db::RecordPtr timer_head(int elements) {
+    db::RecordPtr head = db::make_record("ack_timer_head");
+    for (int i = 0; i < elements; ++i) {
+        db::Record& el = db::append(*head, "layerl");
+        db::set_int(el, "dwnld_bl", 10 * (i + 1));
+        db::set_int(el, "om_node.cid", i + 1);
+    }
+    return head;
+}
+
+std::vector<std::string> item_names(const plat::Value& element) {
+    std::vector<std::string> out;
+    for (const auto& item : std::get<plat::NameValueList>(element.v)) out.push_back(item.name);
+    return out;
+}
+}  // namespace
+
+TEST_F(Props, SequencesAreArraysOfNameValueLists) {
+    for (int n : {0, 3}) {
+        SCOPED_TRACE(n);
+        db::RecordPtr head = timer_head(n);
+        plat::properties_deref(props);
+        props = plat::properties_new();
+        ASSERT_EQ(render("ack_timer_head", *head, "t."), 0);
+        EXPECT_EQ(names_of(props), (std::vector<std::string>{"t.layerl"}));
+        const auto& elements = std::get<plat::ValueList>(at("t.layerl").v);   // empty: an array, not a null
+        ASSERT_EQ(elements.size(), size_t(n));
+        for (int i = 0; i < n; ++i) {
+            // Names inside an element are relative to the element, not prefixed with the array's.
+            EXPECT_EQ(item_names(elements[i]),
+                      (std::vector<std::string>{"dwnld_bl", "resp_bl", "last_dwnld_timestamp", "om_node.cid"}));
+            const auto& items = std::get<plat::NameValueList>(elements[i].v);
+            EXPECT_EQ(std::get<uint64_t>(items[0].value.v), uint64_t(10 * (i + 1)));
+            EXPECT_EQ(std::get<uint64_t>(items[3].value.v), uint64_t(i + 1));
+        }
+    }
+    // om_node: two sequences of om_node_oid, one of them empty.
+    db::RecordPtr node = db::make_record("om_node");
+    for (int cid : {4, 5, 6}) db::set_int(db::append(*node, "cl"), "cid", cid);
+    plat::properties_deref(props);
+    props = plat::properties_new();
+    ASSERT_EQ(render("om_node", *node, ""), 0);
+    EXPECT_EQ(names_of(props), (std::vector<std::string>{"obj_type", "context", "attr_flag", "cl", "pl"}));
+    const auto& cl = std::get<plat::ValueList>(at("cl").v);
+    ASSERT_EQ(cl.size(), 3u);
+    EXPECT_EQ(item_names(cl[2]), (std::vector<std::string>{"cid"}));
+    EXPECT_EQ(std::get<uint64_t>(std::get<plat::NameValueList>(cl[2].v)[0].value.v), 6u);
+    EXPECT_TRUE(std::get<plat::ValueList>(at("pl").v).empty());
+    EXPECT_EQ(plat::live_objects().total(), 1);   // the properties object alone
+}
+
+TEST_F(Props, UnsetSequenceIsANullAndReadsNoElement) {
+    db::RecordPtr head = timer_head(2);
+    db::set_state(*head, "layerl", 4);   // only the two low bits count
+    const long before = plat::fault_calls("accessor");
+    ASSERT_EQ(render("ack_timer_head", *head, "", 1), 0);
+    EXPECT_TRUE(is_null(at("layerl")));
+    EXPECT_EQ(plat::fault_calls("accessor") - before, 1);   // the state flag alone
+}
+
+TEST_F(Props, SequenceFailures) {
+    struct Case {
+        const char* point;
+        long nth;
+        int32_t with_state;
+        int32_t status;
+        std::string trace;
+    } cases[] = {
+        {"gx_do_vlist_new", 1, 0, 10002, "ack_timer_head to_properties: gx_do_xxx_new failed"},
+        {"gx_do_nlist_new", 1, 0, 10002, "ack_timer_head to_properties: gx_do_xxx_new failed"},
+        {"gx_do_vlist_new", 2, 0, 10002, "ack_timer_head to_properties: gx_do_xxx_new failed"},
+        {"gx_do_nvlist_new", 2, 0, 10002, "ack_timer_head to_properties: gx_do_nvlist_new failed"},
+        {"gx_do_vlist_add_value", 6, 0, 3,
+         "ack_timer_head to_properties: ack_node_to_nlist_vlist_all failed for ack_timer_head_layerl"},
+        {"gx_do_properties_set_array", 1, 0, -1, "ack_timer_head to_properties: gx_do_properties_set_array failed: -1"},
+        {"gx_do_properties_set_null", 1, 1, 3,
+         "ack_timer_head to_properties: gx_do_properties_set_null failed for ack_timer_head_layerl"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.trace);
+        db::RecordPtr head = timer_head(2);
+        if (c.with_state) db::set_state(*head, "layerl", 0);
+        plat::properties_deref(props);
+        props = plat::properties_new();
+        plat::TraceCapture traces;
+        plat::fault_fail_nth(c.point, c.nth);
+        EXPECT_EQ(render("ack_timer_head", *head, "", c.with_state), c.status);
+        ASSERT_FALSE(traces.records().empty());
+        EXPECT_EQ(traces.records().back().text, c.trace);
+        EXPECT_EQ(traces.records().back().level, k_error_level);
+        EXPECT_TRUE(names_of(props).empty());
+        EXPECT_EQ(plat::live_objects().total(), 1);   // every list released; the properties object stays
+        EXPECT_EQ(err, 0u);
+        plat::fault_clear_all();
+    }
+    // An accessor failing ends the walk quietly: the elements so far are set, the answer is 0.
+    db::RecordPtr head = timer_head(3);
+    plat::properties_deref(props);
+    props = plat::properties_new();
+    plat::fault_fail_nth("accessor", 7);   // first, four leaves and a nested one, then next
+    EXPECT_EQ(render("ack_timer_head", *head, "", 0), 0);
+    EXPECT_NE(err, 0u);
+    EXPECT_EQ(std::get<plat::ValueList>(at("layerl").v).size(), 1u);
+}
+
+TEST_F(Props, ElementListsOutOfStepAbort) {
+    // A value list that silently takes nothing leaves an element's names one ahead of its values.
+    db::RecordPtr head = timer_head(2);
+    EXPECT_DEATH(
+        {
+            plat::trace_set_sink([](const plat::TraceRecord& r) { std::fprintf(stderr, "%s\n", r.text.c_str()); });
+            plat::fault_fail_nth("gx_do_vlist_add_all", 1);
+            render("ack_timer_head", *head, "");
+        },
+        "ack_timer_head to_ nlist_vlist_all rendering error layerl 4 3");
+}
+
+TEST_F(Props, DefaultRecordsRenderByTypeWithAllTheirElements) {
+    zan::config::LoadResult cfg = zan::config::load_default();
+    ASSERT_TRUE(cfg) << cfg.error;
+    for (const char* type : {"om_node", "ack_timer_head"}) {
+        SCOPED_TRACE(type);
+        ASSERT_FALSE(cfg.store->records(type).empty());
+        for (db::Record* rec : cfg.store->records(type)) {
+            plat::properties_deref(props);
+            props = plat::properties_new();
+            ASSERT_EQ(render(type, *rec, ""), 0);
+            for (const db::FieldInfo& f : db::type_info(type)->fields) {
+                if (f.kind != db::FieldKind::sequence) continue;
+                EXPECT_EQ(std::get<plat::ValueList>(at(std::string(f.name)).v).size(),
+                          db::sequence_size(*rec, f.name));
+            }
+        }
+    }
 }

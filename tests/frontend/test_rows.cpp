@@ -18,11 +18,6 @@ namespace {
 
 constexpr uint32_t k_site_base = 409074688;   // the name copy of the first table's to_vlist
 
-const zan_gx_table_row& table_row(const std::string& table) {
-    init();
-    return static_cast<const zan_gx_table_row*>(registered().gx_dispatch)[expect().table(table).row];
-}
-
 const db::Store& default_store() {
     static const auto loaded = zan::config::load_default();
     if (!loaded.store) throw std::runtime_error(loaded.error);
@@ -119,7 +114,7 @@ TEST_F(Rows, RefusalsPendingErrorAndTheUnlistedWholeRow) {
         EXPECT_EQ(err, 7u);
         EXPECT_EQ(gx_do_vlist_get_len(vlist), 0);
 
-        const auto all = local_fn<vlist_all_fn>((t.name + "_to_vlist_all").c_str());
+        const auto all = internal_fn<vlist_all_fn>(t.name + "_to_vlist_all");
         ASSERT_NE(all, nullptr);
         EXPECT_EQ(all(nullptr, 0, uri, row, vlist, 0, &err), -1);   // the word pending
         err = 0;

@@ -1,7 +1,7 @@
 // Rendering to value lists: whole types through the to_vlist_all column of
 // zan_config_db_fe_gx_type_dispatch_vft, and the attribute selectors, null runs and
 // enumeration forms, which no array holds: those are found by name in the library's symbol
-// table, as the table row operations that call them would be linked to them.
+// table (fe_test::internal).
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -28,24 +28,9 @@ using select_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, char**, cons
                               uint32_t*);
 using enum_vlist_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_vlist*, int32_t, int32_t, uint32_t*);
 
-// A function of the library by its name in the symbol table; nullptr if it is not defined there.
-void* internal(const std::string& name) {
-    static const std::map<std::string, uint64_t> defined = [] {
-        std::map<std::string, uint64_t> out;
-        for (const ElfSymbol& s : read_elf(ZAN_FE_LIBRARY).symtab)
-            if (s.value != 0 && !s.section.empty()) out[s.name] = s.value;
-        return out;
-    }();
-    static const uintptr_t base = [] {
-        Dl_info info{};
-        if (dladdr(symbol(ZAN_FE_INIT_SYMBOL), &info) == 0) throw std::runtime_error("dladdr");
-        return reinterpret_cast<uintptr_t>(info.dli_fbase);
-    }();
-    auto it = defined.find(name);
-    return it == defined.end() ? nullptr : reinterpret_cast<void*>(base + it->second);
-}
+// A function the library keeps inside; the test fails when it is missing.
 template <class T>
-T internal_fn(const std::string& name) {
+T required(const std::string& name) {
     void* p = internal(name);
     if (p == nullptr) ADD_FAILURE() << "libzanfe.so defines no " << name;
     return reinterpret_cast<T>(p);
@@ -132,10 +117,10 @@ protected:
         copy.push_back('\0');
         char* save = nullptr;
         const char* token = strtok_r(copy.data(), ".", &save);
-        return internal_fn<select_fn>(type + "_to_vlist")(nullptr, 0, token, &save, obj, list, with_state, &err);
+        return required<select_fn>(type + "_to_vlist")(nullptr, 0, token, &save, obj, list, with_state, &err);
     }
     int32_t null_run(const std::string& type) {
-        return internal_fn<null_vlist_fn>(type + "_to_null_vlist")(nullptr, 0, list, &err);
+        return required<null_vlist_fn>(type + "_to_null_vlist")(nullptr, 0, list, &err);
     }
 };
 
@@ -402,6 +387,33 @@ TEST_F(Vlist, ErrorWordSetMidRecordLeavesOutLeavesAndFailsEveryNestedLevel) {
     plat::fault_fail_nth("accessor", 1);   // val's value: its conversion adds nothing and answers 0
     EXPECT_EQ(all("rsl_binidx", two.get()), 0);
     EXPECT_TRUE(values().empty());
+    fresh();
+    plat::fault_fail_nth("accessor", 2);   // seq_num's value: the last leaf's 0 replaces val's 1
+    EXPECT_EQ(all("rsl_binidx", two.get()), 0);
+    EXPECT_EQ(values().size(), 1u);
+    // In a union the discriminator is left out and the unselected arms too, with no null run
+    // and no trace; the selected arm is still called, answers -1 and is traced.
+    // The word is set by the first arm's read of the discriminator, the next to last accessor
+    // call of a rendering with no arm selected.
+    db::RecordPtr u = db::make_record("ntp_peer_cp");
+    fresh();
+    const long before = plat::fault_calls("accessor");
+    ASSERT_GT(all("ntp_peer_cp", u.get()), 0);
+    const long first_arm = plat::fault_calls("accessor") - before - 1;
+    fresh();
+    traces.clear();
+    plat::fault_fail_nth("accessor", first_arm);
+    EXPECT_EQ(all("ntp_peer_cp", u.get()), 1);
+    EXPECT_EQ(values().size(), 1u);
+    EXPECT_TRUE(traces.records().empty());
+    db::set_int(*u, "descriminator", 2);
+    const std::string arm(db::type_info("ntp_peer_cp")->field("compound_67")->type);
+    fresh();
+    plat::fault_fail_nth("accessor", first_arm);
+    EXPECT_EQ(all("ntp_peer_cp", u.get()), -1);
+    EXPECT_EQ(values().size(), 1u);
+    EXPECT_EQ(texts(traces), std::vector<std::string>{"ntp_peer_cp to_vlist_all " + arm +
+                                                      "_to_vlist ntp_peer_cp_compound_67 failed"});
     // A set word between tokens: the next selector refuses.
     fresh();
     err = 5;
@@ -417,7 +429,7 @@ TEST_F(Vlist, NegativeVariantAborts) {
     EXPECT_DEATH(select("ntp_maxdist_eol", rec.get(), "singleton_id"), "");
     db::RecordPtr u = db::make_record("ntp_peer_cp");
     db::set_value_variant(*u, "descriminator", -2);
-    auto zan_cfg_union = internal_fn<enum_vlist_fn>("zan_cfg_union_to_vlist");
+    auto zan_cfg_union = required<enum_vlist_fn>("zan_cfg_union_to_vlist");
     EXPECT_DEATH(zan_cfg_union(nullptr, 0, db::handle(*u, "descriminator"), list, 0, 1, &err), "");
 }
 
@@ -498,6 +510,21 @@ TEST_F(Vlist, ExtensionsWithoutAttributesAddNothingAndEndOnTheErrorWord) {
     EXPECT_EQ(texts(traces),
               (std::vector<std::string>{"uidb_act_interface version < 2 Rendering extension v167_uidb_act_interface_ext as null..",
                                         "uidb_act_interface version < 3 Rendering extension v1612_uidb_act_interface_ext as null.."}));
+    // The word set by the last accessor call of the fields: the first extension below the
+    // variant ends the rendering with -1.
+    db::set_variant(*rec, 0);
+    fresh();
+    long before = plat::fault_calls("accessor");
+    ASSERT_EQ(all("uidb_act_interface", rec.get()), 0);
+    const long last = plat::fault_calls("accessor") - before;
+    fresh();
+    traces.clear();
+    plat::fault_fail_nth("accessor", last);
+    EXPECT_EQ(all("uidb_act_interface", rec.get()), -1);
+    EXPECT_EQ(texts(traces),
+              (std::vector<std::string>{"uidb_act_interface version < 1 Rendering extension v166_uidb_act_interface_ext as null..",
+                                        "uidb_act_interface error(-1) in rendering extension v166_uidb_act_interface_ext"}));
+    EXPECT_EQ(traces.records().back().level, k_debug_level);
     // om_node_oid reads no variant: always the null branch, its cid's result replaced by 0.
     db::RecordPtr oid = db::make_record("om_node_oid");
     fresh();
@@ -726,6 +753,61 @@ TEST_F(Vlist, SequenceElementsArePairedNameValueLists) {
     EXPECT_EQ(texts(traces).back(), "om_node to_vlist: gx_do_nvlist_new failed");
 }
 
+TEST_F(Vlist, SequenceElementFailureAndUnsetSequenceNull) {
+    // Values added before cl's element: those of the node's first fields, counted on a node
+    // without elements. The next one is the element's first.
+    db::RecordPtr node = db::make_record("om_node");
+    long before = plat::fault_calls("gx_do_vlist_add_value");
+    ASSERT_GT(all("om_node", node.get()), 0);
+    const long ahead = plat::fault_calls("gx_do_vlist_add_value") - before;
+    db::set_int(db::append(*node, "cl"), "cid", 3);
+    fresh();
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_vlist_add_value", ahead + 1);
+    const long objects = plat::live_objects().total();
+    EXPECT_LT(all("om_node", node.get()), 0);
+    EXPECT_EQ(texts(traces).back(), "om_node to_vlist_all: om_node_oidto_nlist_vlist_all failed for om_node_cl");
+    EXPECT_EQ(plat::live_objects().total(), objects);
+    fresh();
+    traces.clear();
+    plat::fault_fail_nth("gx_do_vlist_add_value", 1);
+    EXPECT_LT(select("om_node", node.get(), "cl"), 0);
+    EXPECT_EQ(texts(traces).back(), "om_node to_vlist: om_node_oidto_nlist_vlist_all failed for om_node_cl");
+    // An unset sequence whose null fails.
+    db::set_state(*node, "pl", 0);
+    fresh();
+    traces.clear();
+    plat::fault_fail_nth("gx_do_vlist_add_null", 1);
+    EXPECT_EQ(all("om_node", node.get(), 1), -1);
+    EXPECT_EQ(texts(traces).back(), "om_node to_vlist_all: gx_do_vlist_add_null failed for om_node_pl");
+    EXPECT_EQ(traces.records().back().level, k_error_level);
+}
+
+TEST_F(Vlist, SequenceElementWithListsOutOfStepAborts) {
+    // ack_node copies its nested record's values up with gx_do_vlist_add_all; one that silently
+    // takes nothing leaves the element's names and values of unequal length.
+    db::RecordPtr head = db::make_record("ack_timer_head");
+    db::append(*head, "layerl");
+    EXPECT_DEATH(
+        {
+            plat::trace_set_sink([](const plat::TraceRecord& r) {
+                if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
+            });
+            plat::fault_fail_nth("gx_do_vlist_add_all", 1);
+            all("ack_timer_head", head.get());
+        },
+        "\\[ack_timer_head to_ nlist_vlist_all rendering error layerl [0-9]+ [0-9]+\\]");
+    EXPECT_DEATH(
+        {
+            plat::trace_set_sink([](const plat::TraceRecord& r) {
+                if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
+            });
+            plat::fault_fail_nth("gx_do_vlist_add_all", 1);
+            select("ack_timer_head", head.get(), "layerl");
+        },
+        "\\[ack_timer_head to_ nlist_vlist_all rendering error layerl [0-9]+ [0-9]+\\]");
+}
+
 // ---------------------------------------------------------------- selectors
 
 TEST_F(Vlist, SelectorsWalkTheDottedName) {
@@ -751,7 +833,7 @@ TEST_F(Vlist, SelectorsWalkTheDottedName) {
 
 TEST_F(Vlist, SelectorRefusesBadCalls) {
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
-    auto sel = internal_fn<select_fn>("ntp_maxdist_eol_to_vlist");
+    auto sel = required<select_fn>("ntp_maxdist_eol_to_vlist");
     char rest[] = "";
     char* save = rest;
     EXPECT_EQ(sel(nullptr, 0, std::string(256, 'a').c_str(), &save, rec.get(), list, 0, &err), 0);
@@ -808,37 +890,30 @@ TEST_F(Vlist, NullRunsFailWithTheFieldAndTypeGluedInTheirTrace) {
     EXPECT_EQ(values().size(), 1u);   // the discriminator went out first
     // Refusals, and a set word between two fields ends the run with the latest result.
     fresh();
-    EXPECT_EQ(internal_fn<null_vlist_fn>(arm_type + "_to_null_vlist")(nullptr, 0, nullptr, &err), -1);
+    EXPECT_EQ(required<null_vlist_fn>(arm_type + "_to_null_vlist")(nullptr, 0, nullptr, &err), -1);
     err = 5;
     EXPECT_EQ(null_run(arm_type), -1);
     EXPECT_TRUE(values().empty());
 }
 
 TEST_F(Vlist, ObjTypeExtensionGroupsGiveOneNullPerValue) {
-    const db::TypeInfo* t = db::type_info("obj_type");
-    ASSERT_NE(t, nullptr);
-    std::map<int, int> per_level;
-    for (uint8_t l : t->value_levels)
-        if (l != 0) ++per_level[l];
-    // The group functions are named by the catalogue; each one's nulls cover its values.
-    size_t groups = 0, group_values = 0;
-    for (const ElfSymbol& s : read_elf(ZAN_FE_LIBRARY).symtab) {
-        const std::string& n = s.name;
-        if (n.size() < 30 || n.find("_obj_type_ext_to_null_vlist") == std::string::npos || s.value == 0) continue;
+    ASSERT_FALSE(expect().groups.empty());
+    for (const Group& g : expect().groups) {
+        SCOPED_TRACE(g.name);
         fresh();
-        const int32_t r = internal_fn<null_vlist_fn>(n)(nullptr, 0, list, &err);
-        ASSERT_GT(r, 0) << n;
+        ASSERT_EQ(null_run(g.name), static_cast<int32_t>(g.values.size()));
         const plat::ValueList v = values();
-        EXPECT_EQ(static_cast<size_t>(r), v.size()) << n;
+        ASSERT_EQ(v.size(), g.values.size());
         for (const plat::Value& x : v) EXPECT_TRUE(is_null(x));
-        ++groups;
-        group_values += v.size();
     }
-    // Every gated value lies in a group, some in two; every level has a group.
-    size_t gated = 0;
-    for (auto [level, count] : per_level) gated += count;
-    EXPECT_GE(groups, per_level.size());
-    EXPECT_GE(group_values, gated);
+    // A failing null names the value, with no leaf word.
+    const Group& g = expect().groups.back();
+    fresh();
+    plat::TraceCapture traces;
+    plat::fault_fail_nth("gx_do_vlist_add_null", g.values.size());
+    EXPECT_EQ(null_run(g.name), -1);
+    const std::string& last = g.values.back();
+    EXPECT_EQ(texts(traces), std::vector<std::string>{last + " to_vlist_all:  set null failed for " + last + "for " + last});
 }
 
 // ---------------------------------------------------------------- enumerations and flag sets
@@ -846,7 +921,7 @@ TEST_F(Vlist, ObjTypeExtensionGroupsGiveOneNullPerValue) {
 TEST_F(Vlist, EnumerationsRenderTheirNamesGatedByExtensionLevel) {
     db::RecordPtr node = db::make_record("om_node");
     const void* h = db::handle(*node, "obj_type");
-    auto obj_type = internal_fn<enum_vlist_fn>("obj_type_to_vlist");
+    auto obj_type = required<enum_vlist_fn>("obj_type_to_vlist");
     const db::TypeInfo* t = db::type_info("obj_type");
     // The first value of each level above 0, read with an instance variant one below and at it.
     std::map<int, uint32_t> first_of;
@@ -890,7 +965,7 @@ TEST_F(Vlist, EnumerationsRenderTheirNamesGatedByExtensionLevel) {
 TEST_F(Vlist, FlagSetsGiveOneValueListOfTheirSetBits) {
     db::RecordPtr fields = db::make_record("db_fields");
     const void* h = db::handle(*fields, "flags");
-    auto db_flags = internal_fn<enum_vlist_fn>("db_flags_to_vlist");
+    auto db_flags = required<enum_vlist_fn>("db_flags_to_vlist");
     ASSERT_GT(db_flags(nullptr, 0, h, list, 0, 1, &err), 0);
     EXPECT_TRUE(std::get<plat::ValueList>(values().at(0).v).empty());   // an empty list, not a null
     db::set_flags(*fields, "flags", {"IS_DB_FLAG_NONE", "IS_PENDING_DELETE"});

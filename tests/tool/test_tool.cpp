@@ -836,6 +836,21 @@ TEST(ToolType, NestedInstancesAndRefusals) {
     EXPECT_EQ(zanfe({"type", "ntp_peer_cp", "--nth", "0"}).status, 2);
 }
 
+// Records that no table reaches are taken from those the configuration keeps outside tables.
+TEST(ToolType, RecordsOutsideTables) {
+    for (const char* type : {"om_node", "layer_head", "ack_timer_head", "ack_node"}) {
+        SCOPED_TRACE(type);
+        const ToolRun r = zanfe({"type", "--json", type});
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto j = parse_json(r.out);
+        EXPECT_TRUE(j["row"].get<std::string>().starts_with("@records.")) << j["row"];
+        EXPECT_EQ(j["to_properties"]["result"], 0);
+        EXPECT_GE(j["to_vlist_all"]["result"].get<int>(), 0);
+        // One value per attribute, in both renderings.
+        EXPECT_EQ(j["to_vlist_all"]["values"].size(), j["to_properties"]["properties"].size());
+    }
+}
+
 // The whole row through to_vlist, labelled by the table's columns: one value per column of
 // `columns`, for every table of the built-in configuration.
 TEST(ToolGetValues, EveryTableLinesUpWithItsColumns) {

@@ -312,8 +312,13 @@ public:
     // The rows of the table whose parent is `parent` (nullptr: the rows without a parent),
     // in the order they were added.
     std::vector<const Row*> rows_under(const TableInfo& table, const Row* parent) const;
-    size_t size() const;
-    void clear();
+    size_t size() const;                // rows
+    // Records that stand in no table, by record type (the schema library's own records,
+    // such as om_node), for whoever renders a value of a type rather than a row.
+    Record& add_record(std::string_view type);   // a fresh record as make_record gives it
+    std::span<Record* const> records(std::string_view type) const;   // in the order added
+    std::vector<std::string_view> record_types() const;              // types with records, by name
+    void clear();                       // rows and records
     void swap(Store& other) noexcept;   // exchanges all rows; rows keep their addresses
 
 private:
