@@ -281,3 +281,31 @@ TEST_F(Keys, NegativeVariantAbortsOnlyTheEnumerationsThatCheckIt) {
             std::string(name) + " Recieved variant -1 < base version 0");
     }
 }
+
+TEST_F(Keys, KeyTypesRefuseWhatTheyCannotRenderWithFourteen) {
+    using key_type_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_nvlist*, const void*, uint32_t*);
+    for (const TableRow& t : expect().tables) {
+        if (t.name.empty() || t.key.size() < 2) continue;
+        const std::string key_type(db::table_info(t.name)->key_name);
+        SCOPED_TRACE(key_type);
+        const auto fn = internal_fn<key_type_fn>(key_type + "_to_nvlist");
+        ASSERT_NE(fn, nullptr);
+        const void* key = db::row_record(*rows_of(t.name).front(), t.key_record);
+        EXPECT_EQ(fn(nullptr, 0, key_type.c_str(), nvlist, key, nullptr), -1);
+        for (int missing = 0; missing < 3; ++missing) {
+            renew();
+            plat::rsl_stored_error_clear();
+            EXPECT_EQ(fn(&err, 0, missing == 0 ? nullptr : key_type.c_str(), missing == 1 ? nullptr : nvlist,
+                         missing == 2 ? nullptr : key, &err),
+                      -1);
+            EXPECT_EQ(err, 14u);
+            ASSERT_TRUE(plat::rsl_stored_error().has_value());
+            EXPECT_EQ(plat::rsl_stored_error()->number, 14u);
+            EXPECT_EQ(gx_do_nvlist_get_len(nvlist), 0);
+        }
+        // Given everything, the parts under their own names, not under the key's.
+        renew();
+        EXPECT_EQ(fn(nullptr, 0, "any name", nvlist, key, &err), static_cast<int32_t>(t.key.size()));
+        EXPECT_EQ(names(), names_of(t.key));
+    }
+}
