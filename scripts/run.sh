@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds in build/ and runs one job:
-#   scripts/run.sh main [ZANFE ARGS...]   the zanfe tool (default: columns tbl_ntp_peer_eol)
+#   scripts/run.sh main [ZANFE ARGS...]   the zanfe tool (default: one request on the built-in
+#                                         configuration, three attributes of an NTP peer row)
 #   scripts/run.sh test                   the whole test suite
 #   scripts/run.sh bench [ARGS...]        the benchmarks
 #   scripts/run.sh sanitize               the whole test suite built with the address and
@@ -73,7 +74,8 @@ cmake -S . -B build -G Ninja >&2
 case "$job" in
   main)
     cmake --build build -j2 --target zanfe_tool zan_fe >&2
-    [ $# -eq 0 ] && set -- columns tbl_ntp_peer_eol
+    [ $# -eq 0 ] && set -- get 'ntp_peer_server[peer_server_key=10.0.0.1]' \
+      --attrs peer_server_key,compound_0.peer_or_server.descriminator,__uri__
     exec build/tools/zanfe "$@"
     ;;
   test)
@@ -89,9 +91,10 @@ case "$job" in
     ;;
   bench)
     cmake -S . -B build -DZAN_BENCH=ON >&2
-    cmake --build build -j2 --target bench_columns bench_resolve bench_properties zan_fe >&2
+    cmake --build build -j2 --target bench_columns bench_resolve bench_properties bench_keys zan_fe >&2
     build/bench/bench_columns "$@"
     build/bench/bench_resolve "$@"
+    build/bench/bench_keys "$@"
     exec build/bench/bench_properties "$@"
     ;;
 esac

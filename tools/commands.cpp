@@ -27,8 +27,20 @@ std::span<const Command> commands() {
         {{"get", "PATH", "render the row at PATH (key on the last segment) or every row below it through the "
                          "table's registered to_properties: \"name = value\" in delivery order",
           {{"--json", "", "one JSON object per row (attribute -> value); several rows as an array"},
-           {"--with-state", "", "render with state: each attribute's is-default mark and presence"}}},
+           {"--with-state", "", "render with state: each attribute's is-default mark and presence"},
+           {"--attrs", "NAME[,NAME...]", "through the table's to_vlist instead: the values of these attributes "
+                                         "in order, and the result; __uri__ asks for the row's path"},
+           {"--values", "", "through the table's to_vlist with no names: the whole row as one positional list, "
+                            "labelled by the table's columns"}}},
          cmd_get},
+        {{"key", "PATH", "the key of the row(s) at PATH through the table's to_nvlist: \"name = value\" per entry",
+          {{"--json", "", "one JSON object per row (key name -> value); several rows as an array"}}},
+         cmd_key},
+        {{"type", "TYPE", "a stored instance of the named type, taken from the configuration, rendered through "
+                          "the type arrays: to_properties and to_vlist_all",
+          {{"--json", "", "one JSON object: where the instance was found, and both renderings"},
+           {"--nth", "N", "take the N-th stored instance in configuration order (default 1)"}}},
+         cmd_type},
         {{"dump", "", "every row of the configuration, each reached by its own path and rendered",
           {{"--json", "", "one JSON object mapping each row's path to its attributes"}}},
          cmd_dump},

@@ -38,6 +38,18 @@ void cmd_resolve(Session& s, const Invocation& inv);
 void cmd_ls(Session& s, const Invocation& inv);
 void cmd_get(Session& s, const Invocation& inv);
 void cmd_dump(Session& s, const Invocation& inv);
+void cmd_key(Session& s, const Invocation& inv);
+void cmd_type(Session& s, const Invocation& inv);
+// get --attrs and get --values: the table's to_vlist.
+void get_values(Session& s, const Invocation& inv);
+
+// The rows a path reaches through the registered dispatcher (request kind 3 when the last
+// segment carries a key, else 0); *one_row tells which. Fails with one line.
+std::vector<const zan::db::Row*> rows_at(Session& s, const std::string& path, bool* one_row);
+// The row's own path in tool syntax, every segment keyed.
+std::string row_path(const zan::db::Row& row);
+// JSON form of a value: null, numbers and booleans as such, the rest as strings or arrays.
+void append_json_value(std::string& out, const zan::plat::Value& v);
 
 // JSON string literal of text, quotes included.
 void append_json_string(std::string& out, std::string_view text);

@@ -30,7 +30,8 @@ const zan::db::TableInfo* position_of(const zan::db::Row& row) {
     return table;
 }
 
-// The row's own path in tool syntax, every segment keyed.
+}  // namespace
+
 std::string row_path(const zan::db::Row& row) {
     std::vector<const zan::db::Row*> chain;
     for (const zan::db::Row* r = &row; r; r = zan::db::parent_of(*r)) {
@@ -51,6 +52,8 @@ std::string row_path(const zan::db::Row& row) {
     }
     return out;
 }
+
+namespace {
 
 zan_tbl_to_properties_fn renderer_of(const Session& s, const zan::db::Row& row) {
     const std::string_view name = zan::db::table_of(row).name;
@@ -77,6 +80,8 @@ RenderedRow render(const Session& s, const zan::db::Row& row, bool with_state) {
                         std::to_string(err) + (err ? std::string(" (") + std::strerror(int(err)) + ")" : ""));
     return out;
 }
+
+}  // namespace
 
 void append_json_value(std::string& out, const Value& v) {
     struct Visit {
@@ -111,6 +116,8 @@ void append_json_value(std::string& out, const Value& v) {
     };
     std::visit(Visit{out}, v.v);
 }
+
+namespace {
 
 bool present(const Value& v) { return !std::holds_alternative<zan::plat::Null>(v.v); }
 
@@ -147,22 +154,20 @@ void append_text_row(std::string& out, const RenderedRow& row, bool with_state) 
 
 }  // namespace
 
-void cmd_get(Session& s, const Invocation& inv) {
-    if (inv.args.size() != 1)
-        throw ToolError("'get' takes one PATH (got " + std::to_string(inv.args.size()) + ")", k_exit_usage);
+std::vector<const zan::db::Row*> rows_at(Session& s, const std::string& text, bool* one_row) {
     std::vector<PathSegment> segments;
     try {
-        segments = parse_path(inv.args[0]);
+        segments = parse_path(text);
     } catch (const PathError& e) {
-        throw ToolError("path '" + inv.args[0] + "': " + e.what(), k_exit_usage);
+        throw ToolError("path '" + text + "': " + e.what(), k_exit_usage);
     }
-    const bool one_row = segments.back().keys.has_value() && !segments.back().keys->empty();
+    *one_row = segments.back().keys.has_value() && !segments.back().keys->empty();
     Request req;
     for (const auto& seg : segments) req.segments.push_back({seg.name, seg.keys});
-    req.kind = one_row ? zan::engine::k_kind_read_row : zan::engine::k_kind_read;
+    req.kind = *one_row ? zan::engine::k_kind_read_row : zan::engine::k_kind_read;
     const Response r = s.engine.request(req);
     if (r.code != 1) {
-        std::string msg = "path '" + inv.args[0] + "' does not resolve: code " + std::to_string(r.code);
+        std::string msg = "path '" + text + "' does not resolve: code " + std::to_string(r.code);
         if (const auto stop = zan::engine::stop_of(r, segments.size());
             stop && stop->segment >= 1 && stop->segment <= segments.size())
             msg += " at segment " + std::to_string(stop->segment) + " '" + segments[stop->segment - 1].text +
@@ -170,12 +175,20 @@ void cmd_get(Session& s, const Invocation& inv) {
         throw ToolError(msg);
     }
     const auto w = zan::engine::walk(s.rows(), r.traversals);
-    if (w.error) throw ToolError("path '" + inv.args[0] + "': the walk failed: " + *w.error);
-    if (one_row && w.rows.empty()) throw ToolError("path '" + inv.args[0] + "': no such row in the configuration");
+    if (w.error) throw ToolError("path '" + text + "': the walk failed: " + *w.error);
+    if (*one_row && w.rows.empty()) throw ToolError("path '" + text + "': no such row in the configuration");
+    return w.rows;
+}
 
+void cmd_get(Session& s, const Invocation& inv) {
+    if (inv.args.size() != 1)
+        throw ToolError("'get' takes one PATH (got " + std::to_string(inv.args.size()) + ")", k_exit_usage);
+    if (inv.has("--attrs") || inv.has("--values")) return get_values(s, inv);
+    bool one_row = false;
+    const std::vector<const zan::db::Row*> found = rows_at(s, inv.args[0], &one_row);
     const bool with_state = inv.has("--with-state");
     std::vector<RenderedRow> rows;
-    for (const auto* row : w.rows) rows.push_back(render(s, *row, with_state));
+    for (const auto* row : found) rows.push_back(render(s, *row, with_state));
 
     if (inv.has("--json")) {
         if (one_row) {

@@ -20,6 +20,7 @@ schema-specific is data. Identifiers of generated data live in namespace zan::ge
 """
 
 from catalogue import CatalogueError, MAX_NAME
+from . import fe_rows
 
 GENERATOR = "gen/backends/frontend.py"
 
@@ -199,7 +200,7 @@ def ntlist_messages(cat):
 
 
 # ---------------------------------------------------------------------- arrays
-def arrays(cat, props=None, vlist_rows=None):
+def arrays(cat, props=None, vlist_rows=None, row_ops=None):
     tables = [p.name for p in cat.tables()]
     out = [head("schema/*.zs", "The five arrays the initialiser registers: table rows in the database's "
                 "numbering, type rows in slot order."),
@@ -235,18 +236,24 @@ def arrays(cat, props=None, vlist_rows=None):
     for fn in sorted(set(props_rows.values())):
         out.append(f"int32_t {fn}(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_properties*, const void*, int32_t, "
                    "uint32_t*);")
+    row_ops = row_ops or {}
+    for t, (tv, tn) in row_ops.items():
+        if tv:
+            out.append(f"int32_t {tv}(rsl_ctx_t, rsl_ctx_id_t, gx_do_uri*, gx_do_nlist*, const void*, gx_do_vlist*, "
+                       "int32_t, uint32_t*);")
+        out.append(f"int32_t {tn}(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nvlist*, uint32_t*);")
     vlist_rows = vlist_rows or {}
     for fn in sorted(set(vlist_rows.values())):
         out.append(f"int32_t {fn}(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_vlist*, int32_t, uint32_t*);")
     out.append("}\n")
 
-    # to_vlist and to_nvlist of a table row come with their families; until then they stay null.
     out.append("// table_name, kind, to_properties, to_vlist, to_nvlist, columns_to_ntlist")
     out.append(f'extern "C" ZAN_FE_EXPORT const zan_gx_table_row zan_config_db_fe_gx_dispatch_vft[{nt}] = {{')
     for i, t in enumerate(cat.table_rows):
         if t:
             tp = f"&{t}_to_properties" if t in props_tables else "nullptr"
-            out.append(f"    {{table_{t}_name, {KIND_TABLE} /* table */, {tp}, nullptr, nullptr, &{columns_fn(t)}}},  // {i}")
+            tv, tn = (f"&{f}" if f else "nullptr" for f in row_ops.get(t, (None, None)))
+            out.append(f"    {{table_{t}_name, {KIND_TABLE} /* table */, {tp}, {tv}, {tn}, &{columns_fn(t)}}},  // {i}")
         else:
             out.append(f"    {{nullptr, {KIND_TABLE} /* table */, nullptr, nullptr, nullptr, nullptr}},  // {i}: empty")
     out.append("};\n")
@@ -601,9 +608,11 @@ def files(cat):
     out = {
         "fe_catalogue.hpp": counts(cat),
         "fe_ntlist_messages.cpp": ntlist_messages(cat),
-        "fe_arrays.cpp": arrays(cat, props_rows(cat, rendered, props_tables), vlist_rows),
         "zanfe.map": version_script(cat),
     }
+    rows_out, row_ops = fe_rows.files(cat, {p.name for p in cat.tables() if all(r in vlist_rows for r in p.rows)})
+    out.update(rows_out)
+    out["fe_arrays.cpp"] = arrays(cat, props_rows(cat, rendered, props_tables), vlist_rows, row_ops)
     out.update(resolve_files(cat))
     out.update(props_out)
     out.update(vlist_out)

@@ -10,6 +10,9 @@
                                           it (a dot behind every nested field, glued or not)
   type ROW NAME|- CATEGORY|- KPROP KVLIST a row of the type arrays, kinds of both arrays
   record ORDINAL NAME NCOLS               a record type in slot order, with its column count
+  order N                                 the table above's place in the catalogue's table order
+  key INDEX NAME WORD [NAME WORD ...]     the entries of the table above's key as to_nvlist
+                                          delivers them, read from its INDEX-th row record
 
 usage: expect.py SCHEMA_DIR OUT_FILE
 """
@@ -40,6 +43,18 @@ def kinds(cat, slot):
     return {"enum": (3, 3), "flags": (4, 4)}[slot.category]
 
 
+def key_entries(cat, pos):
+    """(record index, [(name, word)]): a compound key's parts from its key record; otherwise
+    the one key leaf, which is singleton_id wherever the row record numbers its rows."""
+    key = pos.key
+    if key.kind == "compound":
+        return pos.rows.index(key.name), list(key.parts)
+    fields = {f.name: f.word for f in cat.records[pos.rows[0]].fields}
+    if "singleton_id" in fields:
+        return 0, [("singleton_id", fields["singleton_id"])]
+    return 0, [(key.name, fields[key.name])]
+
+
 def main(schema, out):
     cat = catalogue.load(schema)
     lines = []
@@ -63,6 +78,9 @@ def main(schema, out):
         cols = [c for r in cat.positions[name].rows for c in columns(cat, r)]
         lines.append(f"table {row} {name} {len(cols)}")
         lines += [f"column {code} {depth} {owner} {n} {a}" for code, depth, owner, n, a in cols]
+        lines.append(f"order {[p.name for p in cat.tables()].index(name)}")
+        index, entries = key_entries(cat, cat.positions[name])
+        lines.append(f"key {index} " + " ".join(f"{n} {w}" for n, w in entries))
     for s in cat.slots:
         kp, kv = kinds(cat, s)
         lines.append(f"type {s.index} {s.name or '-'} {s.category or '-'} {kp} {kv}")

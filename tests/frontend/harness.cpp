@@ -100,6 +100,12 @@ Expect load_expect() {
             Column c;
             ls >> c.code >> c.depth >> c.owner >> c.name >> c.attribute;
             e.tables.back().columns.push_back(c);
+        } else if (what == "order") {
+            ls >> e.tables.back().order;
+        } else if (what == "key") {
+            TableRow& t = e.tables.back();
+            ls >> t.key_record;
+            for (KeyEntry k; ls >> k.name >> k.word;) t.key.push_back(k);
         } else if (what == "type") {
             TypeRow t;
             ls >> t.row >> t.name >> t.category >> t.kind_props >> t.kind_vlist;

@@ -43,10 +43,16 @@ struct Column {
     std::string name;
     std::string attribute;   // its name in a rendering to properties
 };
+struct KeyEntry {
+    std::string name, word;
+};
 struct TableRow {
     int row;
+    int order = -1;                 // place in the catalogue's table order
     std::string name;   // empty for an empty row
     std::vector<Column> columns;
+    size_t key_record = 0;          // the row record that holds the key
+    std::vector<KeyEntry> key;      // the key's entries, in the order they are delivered
 };
 struct TypeRow {
     int row;

@@ -108,11 +108,10 @@ TEST_F(Arrays, TableRowsHoldTheDatabaseNamesInItsNumbering) {
         SCOPED_TRACE(t.row);
         const zan_gx_table_row& g = tables[t.row];
         EXPECT_EQ(g.kind, uint32_t(ZAN_KIND_TABLE));
-        // Operations of the row families that are not there yet.
         EXPECT_EQ(g.to_properties == nullptr, t.name.empty());
-        EXPECT_EQ(g.to_vlist, nullptr);
-        EXPECT_EQ(g.to_nvlist, nullptr);
         if (t.name.empty()) {
+            EXPECT_EQ(g.to_vlist, nullptr);
+            EXPECT_EQ(g.to_nvlist, nullptr);
             EXPECT_EQ(g.table_name, nullptr);
             EXPECT_EQ(g.columns_to_ntlist, nullptr);
             EXPECT_EQ(table_vfts[t.row].vft, nullptr);
@@ -122,6 +121,11 @@ TEST_F(Arrays, TableRowsHoldTheDatabaseNamesInItsNumbering) {
         EXPECT_EQ(static_cast<const void*>(g.table_name), process_symbol("table_" + t.name + "_name"));
         EXPECT_STREQ(g.table_name, t.name.c_str());
         EXPECT_EQ(table_vfts[t.row].vft, process_symbol(t.name + "_table_field_vft"));
+        // The value operations are the table's own, which the library keeps to itself.
+        EXPECT_EQ(reinterpret_cast<void*>(g.to_vlist), internal(t.name + "_to_vlist"));
+        EXPECT_EQ(reinterpret_cast<void*>(g.to_nvlist), internal(t.name + "_to_nvlist"));
+        EXPECT_NE(g.to_vlist, nullptr);
+        EXPECT_NE(g.to_nvlist, nullptr);
         EXPECT_EQ(reinterpret_cast<void*>(g.columns_to_ntlist), symbol((t.name + "_table_columns_to_ntlist").c_str()));
         EXPECT_EQ(zan_config_db_table_mrst_lookup(t.name.c_str()), t.row) << t.name;
     }

@@ -11,7 +11,7 @@ ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
 sys.path.insert(0, os.path.join(ROOT, "gen"))
 
 import catalogue  # noqa: E402
-from backends import frontend  # noqa: E402
+from backends import fe_rows, frontend  # noqa: E402
 from backends import fe_nlist  # noqa: E402
 
 FIXTURE = os.path.join(ROOT, "tests", "gen", "fixture")
@@ -31,9 +31,9 @@ class FixtureOutput(unittest.TestCase):
         self.assertEqual(sorted(self.files), [
             "fe_arrays.cpp", "fe_catalogue.hpp",
             "fe_nlist_base.cpp", "fe_nlist_dom.cpp", "fe_nlist_messages.cpp",
-            "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp", "fe_ntlist_messages.cpp", "fe_props_base.cpp", "fe_props_dom.cpp", "fe_props_messages.cpp", "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
-            "fe_resolve_messages.cpp",
-            "fe_vlist_base.cpp", "fe_vlist_decls.hpp", "fe_vlist_dom.cpp", "fe_vlist_messages.cpp", "zanfe.map"])
+            "fe_ntlist_base.cpp", "fe_ntlist_dom.cpp", "fe_ntlist_messages.cpp", "fe_nvlist.cpp", "fe_props_base.cpp", "fe_props_dom.cpp", "fe_props_messages.cpp", "fe_resolve_chain.cpp", "fe_resolve_dom.cpp", "fe_resolve_imports.hpp",
+            "fe_resolve_messages.cpp", "fe_rows_dom.cpp", "fe_vlist_base.cpp", "fe_vlist_decls.hpp", "fe_vlist_dom.cpp",
+            "fe_vlist_messages.cpp", "zanfe.map"])
         for name, text in self.files.items():
             self.assertRegex(text.splitlines()[0], r"generated from schema/\S+.* do not edit", name)
         self.assertIn("generated from schema/dom.zs", self.files["fe_ntlist_dom.cpp"])
@@ -186,6 +186,36 @@ class Resolution(unittest.TestCase):
         self.assertIn('D_inst_tbl_top{"inst_tbl_top", 12, chain_inst_tbl_top, 2, 7 /* first message */}', text)
 
 
+class RowOperations(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.cat = catalogue.load(FIXTURE)
+        cls.tables = [p.name for p in cls.cat.tables()]
+        cls.files, cls.slots = fe_rows.files(cls.cat, set(cls.tables))
+
+    def test_name_copy_sites_rise_by_one_per_table_in_table_order(self):
+        text = self.files["fe_rows_dom.cpp"]
+        sites = [int(m, 16) for m in re.findall(r"constexpr Table t_\w+\{.*?(0x[0-9a-f]+) /\* site \*/", text)]
+        self.assertEqual(sites, [0x1861FC00 + i for i in range(len(self.tables))])
+        self.assertEqual(re.findall(r"constexpr Table t_(\w+)\{", text), self.tables)
+
+    def test_the_key_record_is_read_first_and_compound_keys_render_through_their_key_type(self):
+        text = self.files["fe_rows_dom.cpp"]
+        self.assertIn("tops_tbl_pair[] = {{&tbl_pair_pair_key_get_field, &pair_key_to_vlist_all, "
+                      "&pair_key_to_vlist}, {&tbl_pair_pair_get_field,", text)
+        self.assertIn('nv_tbl_pair{&tbl_pair_pair_key_get_field, "pair_key", nullptr, nullptr, &pair_key_to_nvlist}',
+                      text)
+        self.assertIn('{"a", &pair_key_a_get, &int32_to_nvlist, 0 /* message */}', text)
+        self.assertIn('"pair_key to_nvlist arbor_nvlist_add_ip_address for %s failed err=%d",  // 1',
+                      self.files["fe_nvlist.cpp"])
+
+    def test_tables_without_value_list_rendering_keep_slot_three_empty(self):
+        files, slots = fe_rows.files(self.cat)
+        self.assertEqual({t: s[0] for t, s in slots.items()}, {t: None for t in self.tables})
+        self.assertNotIn("_to_vlist", files["fe_rows_dom.cpp"])
+        self.assertEqual(self.slots["tbl_top"], ("tbl_top_to_vlist", "tbl_top_to_nvlist"))
+
+
 class ProductFigures(unittest.TestCase):
     def test_the_product_catalogue_comes_to_its_sites_and_messages(self):
         cat = catalogue.load(os.path.join(ROOT, "schema"))
@@ -213,6 +243,15 @@ class Refusals(unittest.TestCase):
 
     def tearDown(self):
         shutil.rmtree(self.dir)
+
+    def test_a_key_word_without_name_value_conversion_names_its_table(self):
+        path = os.path.join(self.dir, "dom.zs")
+        with open(path) as fh:
+            text = fh.read()
+        with open(path, "w") as fh:
+            fh.write(text.replace("pair_key{a:int32,", "pair_key{a:u_int8,").replace("pair_key: a int32", "pair_key: a u_int8"))
+        with self.assertRaisesRegex(catalogue.CatalogueError, r"dom\.zs:\d+: table tbl_pair: key word u_int8 has no"):
+            generate(self.dir)
 
     def test_a_column_name_longer_than_the_name_buffer_names_its_table(self):
         path = os.path.join(self.dir, "dom.zs")

@@ -6,6 +6,8 @@
   attributes.json  segment path of every position to the attribute names of its rows
   root_segments.txt  'ls *': the segments of the ROOT chain, in chain order
   all_segments.txt   'ls --all *': all segments in traverser order
+  rows.tsv       per table: its name, its row types and the names of its key's entries as its
+                 to_nvlist delivers them (each list joined by ','), separated by tabs
   children.tsv   per table with children: a path to one of its rows (placeholder keys), then
                  the segments of its children in chain order, separated by tabs
 
@@ -78,6 +80,15 @@ def keyed_path(cat, pos):
     return "/".join(segs)
 
 
+def key_entries(cat, pos):
+    """A compound key's parts; otherwise the key leaf, singleton_id wherever the row record
+    numbers its rows (whatever its query key)."""
+    if pos.key.kind == "compound":
+        return [n for n, _ in pos.key.parts]
+    fields = [f.name for f in cat.records[pos.rows[0]].fields]
+    return ["singleton_id"] if "singleton_id" in fields else [pos.key.name]
+
+
 def main(schema, out):
     cat = catalogue.load(schema)
     rows, cols = [], {}
@@ -96,6 +107,9 @@ def main(schema, out):
     with open(os.path.join(out, "children.tsv"), "w", encoding="utf-8") as fh:
         for d in cat.dispatchers[1:]:
             fh.write("\t".join([keyed_path(cat, d.parent)] + [c.segment for c in d.chain]) + "\n")
+    with open(os.path.join(out, "rows.tsv"), "w", encoding="utf-8") as fh:
+        for p in cat.tables():
+            fh.write(f"{p.name}\t{','.join(p.rows)}\t{','.join(key_entries(cat, p))}\n")
     with open(os.path.join(out, "tables.tsv"), "w", encoding="utf-8") as fh:
         fh.write("\n".join(rows) + "\n")
     with open(os.path.join(out, "columns.json"), "w", encoding="utf-8") as fh:

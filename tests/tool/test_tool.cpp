@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -612,4 +613,247 @@ TEST(ToolGet, FailedRenderingNamesTheRowStatusAndErrorWord) {
                             "zanfe: rendering /" + path + " failed: status 0, error 5 (Input/output error)");
     expect_one_line_failure(zanfe({"--fail", "gx_do_properties_set_value:3", "get", path}),
                             "zanfe: rendering /" + path + " failed: status -1, error 0");
+}
+
+// ---------------------------------------------------------------- key, type, get --attrs/--values
+
+namespace {
+
+struct TableRows {
+    std::string table;
+    std::vector<std::string> row_types, key;
+};
+
+std::vector<std::string> split(const std::string& text, char sep) {
+    std::vector<std::string> out;
+    std::istringstream in(text);
+    for (std::string part; std::getline(in, part, sep);) out.push_back(part);
+    return out;
+}
+
+std::vector<TableRows> table_rows() {
+    std::vector<TableRows> out;
+    for (const auto& line : split_lines(slurp(TOOL_EXPECT_DIR "/rows.tsv"))) {
+        const auto cols = split(line, '\t');
+        out.push_back({cols.at(0), split(cols.at(1), ','), split(cols.at(2), ',')});
+    }
+    return out;
+}
+
+// The path of one row of every table in the built-in configuration, by table: the first
+// path of `dump` whose segments, keys left out, are the table's path.
+std::map<std::string, std::string> one_row_per_table() {
+    std::map<std::string, std::string> segments_of;   // "seg/seg" -> table
+    for (const auto& line : split_lines(slurp(TOOL_EXPECT_DIR "/tables.tsv"))) {
+        const auto cols = split(line, '\t');
+        if (cols.at(1) != "-") segments_of[cols.at(2)] = cols.at(1);
+    }
+    std::map<std::string, std::string> out;
+    const auto dump = parse_json(zanfe({"dump", "--json"}).out);
+    for (const auto& [path, row] : dump.items()) {
+        std::string bare;
+        bool in_key = false;
+        char quote = 0;
+        for (size_t i = 1; i < path.size(); ++i) {   // skip the leading '/'
+            const char c = path[i];
+            if (quote) {
+                if (c == quote) quote = 0;
+            } else if (c == '\'') {
+                quote = c;
+            } else if (c == '[') {
+                in_key = true;
+            } else if (c == ']') {
+                in_key = false;
+            } else if (!in_key) {
+                bare += c;
+            }
+        }
+        const auto t = segments_of.find(bare);
+        if (t != segments_of.end()) out.emplace(t->second, path);
+    }
+    return out;
+}
+
+// The key=value pairs of the last segment of a tool path.
+std::vector<std::pair<std::string, std::string>> last_keys(const std::string& path) {
+    std::vector<std::pair<std::string, std::string>> out;
+    size_t slash = 0;   // the last '/' outside keys and quotes
+    bool in_key = false, quoted = false;
+    for (size_t i = 0; i < path.size(); ++i) {
+        const char c = path[i];
+        if (c == '\'') quoted = !quoted;
+        else if (!quoted && c == '[') in_key = true;
+        else if (!quoted && c == ']') in_key = false;
+        else if (!quoted && !in_key && c == '/') slash = i;
+    }
+    size_t at = path.find('[', slash);
+    while (at != std::string::npos) {
+        const size_t eq = path.find('=', at), end = path.find(']', eq);
+        std::string value = path.substr(eq + 1, end - eq - 1);
+        if (value.size() >= 2 && value.front() == '\'') value = value.substr(1, value.size() - 2);
+        out.emplace_back(path.substr(at + 1, eq - at - 1), value);
+        at = path.find('[', end);
+    }
+    return out;
+}
+
+std::string json_text(const nlohmann::ordered_json& v) { return v.is_string() ? v.get<std::string>() : v.dump(); }
+
+}  // namespace
+
+TEST(ToolKey, EveryTableKeyOfTheBuiltInConfiguration) {
+    const auto paths = one_row_per_table();
+    const auto tables = table_rows();
+    ASSERT_EQ(tables.size(), 329u);
+    size_t numbered_by_query_key = 0;
+    for (const auto& t : tables) {
+        SCOPED_TRACE(t.table);
+        ASSERT_TRUE(paths.count(t.table)) << "no row of it in the built-in configuration";
+        const std::string& path = paths.at(t.table);
+        const ToolRun r = zanfe({"key", "--json", path});
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto key = parse_json(r.out);
+        std::vector<std::string> names;
+        for (const auto& [name, value] : key.items()) names.push_back(name);
+        EXPECT_EQ(names, t.key);
+        // Where the row's path names the same key, the values agree with it.
+        const auto in_path = last_keys(path);
+        if (in_path.size() == names.size() && in_path[0].first == names[0]) {
+            for (const auto& [name, value] : in_path) EXPECT_EQ(json_text(key[name]), value) << name;
+        } else {
+            ++numbered_by_query_key;
+            EXPECT_EQ(names, std::vector<std::string>{"singleton_id"});
+        }
+    }
+    EXPECT_EQ(numbered_by_query_key, 2u);   // tbl_mdns_sp_sl_in and tbl_mdns_sp_sl_out
+}
+
+TEST(ToolKey, TextAndSeveralRows) {
+    const ToolRun one = zanfe({"key", "ntp_peer_server[peer_server_key=10.0.0.1]"});
+    ASSERT_EQ(one.status, 0) << one.err;
+    EXPECT_EQ(one.out, "peer_server_key = \"10.0.0.1\"\n");
+    // Without the last key: every row, each headed by its path, compound keys part by part.
+    const ToolRun all = zanfe({"key", "ip_dhcp_svr"});
+    ASSERT_EQ(all.status, 0) << all.err;
+    const auto lines = split_lines(all.out);
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_TRUE(lines[0].starts_with("# /ip_dhcp_svr[vrf_name=")) << lines[0];
+    EXPECT_TRUE(lines[1].starts_with("vrf_name = \"")) << lines[1];
+    EXPECT_TRUE(lines[2].starts_with("dhcp_server = ")) << lines[2];
+}
+
+TEST(ToolKey, FailuresAreOneLine) {
+    const std::string path = "ip_dhcp_svr[vrf_name=red][dhcp_server=10.0.0.5]";
+    expect_one_line_failure(zanfe({"--fail", "gx_do_nvlist_add_value:2", "key", path}),
+                            "zanfe: to_nvlist of /" + path + " failed: result -1, error 0, 1 entry delivered");
+    expect_one_line_failure(zanfe({"key", "nope"}),
+                            "zanfe: path 'nope' does not resolve: code 3 at segment 1 'nope': no table takes this "
+                            "segment here");
+    const ToolRun usage = zanfe({"key"});
+    EXPECT_EQ(usage.status, 2);
+    EXPECT_EQ(usage.err_lines(), std::vector<std::string>{"zanfe: 'key' takes one PATH (got 0)"});
+}
+
+// A table's row record taken as a stored instance of its type renders through the type
+// arrays exactly as the table's own to_properties renders the row.
+TEST(ToolType, RowRecordsRenderAsTheirTablesRenderThem) {
+    size_t compared = 0;
+    for (const auto& t : table_rows()) {
+        if (t.row_types.size() != 1) continue;
+        SCOPED_TRACE(t.table);
+        const ToolRun r = zanfe({"type", "--json", t.row_types[0]});
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto j = parse_json(r.out);
+        EXPECT_EQ(j["type"], t.row_types[0]);
+        if (j["at"] != "") continue;   // first met nested in another table's row
+        const ToolRun g = zanfe({"get", "--json", j["row"].get<std::string>()});
+        ASSERT_EQ(g.status, 0) << g.err;
+        EXPECT_EQ(j["to_properties"]["result"], 0);
+        EXPECT_EQ(j["to_properties"]["properties"], parse_json(g.out));
+        ++compared;
+    }
+    EXPECT_GT(compared, 300u);
+}
+
+TEST(ToolType, NestedInstancesAndRefusals) {
+    const ToolRun r = zanfe({"type", "ntp_peer_cp"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto lines = split_lines(r.out);
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_TRUE(lines[0].starts_with("# ntp_peer_cp in /ntp_peer_server[peer_server_key=")) << lines[0];
+    EXPECT_TRUE(lines[0].ends_with(" at compound_0.peer_or_server.")) << lines[0];
+    EXPECT_EQ(lines[1], "to_properties 0");
+    expect_one_line_failure(zanfe({"type", "nope"}), "zanfe: unknown type 'nope'");
+    const ToolRun many = zanfe({"type", "ntp_peer_cp", "--nth", "100000"});
+    EXPECT_EQ(many.status, 1);
+    ASSERT_EQ(many.err_lines().size(), 1u);
+    EXPECT_TRUE(many.err_lines()[0].starts_with("zanfe: the configuration holds ")) << many.err;
+    EXPECT_TRUE(many.err_lines()[0].ends_with(" stored instance(s) of type 'ntp_peer_cp', not 100000")) << many.err;
+    EXPECT_EQ(zanfe({"type", "ntp_peer_cp", "--nth", "0"}).status, 2);
+}
+
+// Records that no table reaches are taken from those the configuration keeps outside tables.
+TEST(ToolType, RecordsOutsideTables) {
+    for (const char* type : {"om_node", "layer_head", "ack_timer_head", "ack_node"}) {
+        SCOPED_TRACE(type);
+        const ToolRun r = zanfe({"type", "--json", type});
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto j = parse_json(r.out);
+        EXPECT_TRUE(j["row"].get<std::string>().starts_with("@records.")) << j["row"];
+        EXPECT_EQ(j["to_properties"]["result"], 0);
+        EXPECT_GE(j["to_vlist_all"]["result"].get<int>(), 0);
+        // One value per attribute, in both renderings.
+        EXPECT_EQ(j["to_vlist_all"]["values"].size(), j["to_properties"]["properties"].size());
+    }
+}
+
+// The whole row through to_vlist, labelled by the table's columns: one value per column of
+// `columns`, for every table of the built-in configuration.
+TEST(ToolGetValues, EveryTableLinesUpWithItsColumns) {
+    const auto columns = parse_json(slurp(TOOL_EXPECT_DIR "/columns.json"));
+    const auto paths = one_row_per_table();
+    ASSERT_EQ(paths.size(), 329u);
+    for (const auto& [table, path] : paths) {
+        SCOPED_TRACE(table);
+        const ToolRun r = zanfe({"get", "--values", "--json", path});
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto j = parse_json(r.out);
+        EXPECT_EQ(j["path"], path);
+        EXPECT_GT(j["result"].get<int>(), 0);
+        const auto& want = columns[table];
+        ASSERT_EQ(j["values"].size(), want.size());
+        for (size_t i = 0; i < want.size(); ++i) EXPECT_EQ(j["values"][i][0], want[i][0]) << i;
+    }
+}
+
+TEST(ToolGetValues, NamedAttributesInOrderWithTheRowsPath) {
+    const std::string path = "ntp_peer_server[peer_server_key=10.0.0.1]";
+    const ToolRun r = zanfe({"get", path, "--attrs", "compound_0.peer_or_server.descriminator,__uri__,peer_server_key"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto lines = split_lines(r.out);
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_TRUE(lines[0].starts_with("compound_0.peer_or_server.descriminator = ZAN_CFG_")) << lines[0];
+    EXPECT_EQ(lines[1], "__uri__ = uri /" + path);
+    EXPECT_EQ(lines[2], "peer_server_key = \"10.0.0.1\"");
+    EXPECT_EQ(lines[3], "result 3");
+    // The same values as the whole row delivers at those columns.
+    const auto whole = parse_json(zanfe({"get", "--values", "--json", path}).out);
+    const auto some = parse_json(zanfe({"get", "--attrs", "peer_server_key,compound_0.peer_or_server.descriminator",
+                                        "--json", path})
+                                     .out);
+    EXPECT_EQ(some["values"][0], whole["values"][0]);
+    EXPECT_EQ(some["values"][1], whole["values"][1]);
+}
+
+TEST(ToolGetValues, NamesThatGiveNoValueAndBadCombinations) {
+    const std::string path = "ntp_peer_server[peer_server_key=10.0.0.1]";
+    expect_one_line_failure(zanfe({"get", path, "--attrs", "peer_server_key,nonsense"}),
+                            "zanfe: to_vlist of /" + path + " failed: result -1, error 0, 1 value(s) delivered");
+    expect_one_line_failure(zanfe({"get", path, "--attrs", "nonsense,peer_server_key"}),
+                            "zanfe: to_vlist of /" + path + " delivered 1 value(s) for 2 attribute name(s): a name "
+                            "the row does not have gives no value");
+    expect_one_line_failure(zanfe({"--fail", "gx_do_vlist_add_mr_uri", "get", path, "--attrs", "__uri__"}),
+                            "zanfe: to_vlist of /" + path + " failed: result -1, error 0, 0 value(s) delivered");
+    EXPECT_EQ(zanfe({"get", path, "--attrs", "a", "--values"}).status, 2);
+    EXPECT_EQ(zanfe({"get", path, "--values", "--with-state"}).status, 2);
 }
