@@ -1,0 +1,82 @@
+// A table row's to_vlist (slot 3 of its row) with arbitrary name lists, on the rows of the
+// built-in configuration: whatever the names, each adds at most one value, the answer is -1
+// or a value's positive result, and nothing the call made outlives it.
+//
+// Input: bytes 0-1 choose the row, byte 2 bit 0 asks for state; the rest is the names,
+// separated by '\n'.
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zan/config.hpp"
+#include "zan/engine.hpp"
+
+namespace {
+
+struct Fixture {
+    zan::engine::Engine engine;
+    zan::config::LoadResult config = zan::config::load_default();
+    std::vector<const zan::db::Row*> rows;
+    Fixture() {
+        if (auto why = engine.load(zan::engine::Engine::default_library_path())) {
+            std::fprintf(stderr, "fuzz_vlist: %s\n", why->c_str());
+            std::abort();
+        }
+        if (!config) std::abort();
+        for (const zan::db::TableInfo* t : zan::db::tables())
+            for (const zan::db::Row* r : config.store->rows(*t)) rows.push_back(r);
+    }
+};
+
+Fixture& fixture() {
+    static Fixture* f = new Fixture;
+    return *f;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 3) return 0;
+    Fixture& f = fixture();
+    const zan::db::Row* row = f.rows[(size_t(data[0]) << 8 | data[1]) % f.rows.size()];
+    const int32_t with_state = data[2] & 1;
+    std::vector<std::string> names;
+    std::string_view rest(reinterpret_cast<const char*>(data + 3), size - 3);
+    while (true) {
+        const size_t nl = rest.find('\n');
+        names.emplace_back(rest.substr(0, nl));
+        if (nl == std::string_view::npos) break;
+        rest.remove_prefix(nl + 1);
+    }
+
+    const auto table = f.engine.find_table(zan::db::table_of(*row).name);
+    if (!table) std::abort();
+    const long objects = zan::plat::live_objects().total();
+    const long allocations = zan::plat::alloc_live();
+    {
+        gx_do_uri* uri = zan::plat::uri_new(zan::engine::row_segments(*row));
+        gx_do_nlist* nlist = gx_do_nlist_new();
+        for (const std::string& n : names) gx_do_nlist_add_string(nlist, n.c_str());
+        gx_do_vlist* vlist = gx_do_vlist_new();
+        uint32_t err = 0;
+        const int32_t r =
+            table->gx->to_vlist(zan::engine::Engine::context(), 0, uri, nlist, row, vlist, with_state, &err);
+        if (r == 0 || r < -1 || gx_do_vlist_get_len(vlist) > int32_t(names.size())) {
+            std::fprintf(stderr, "fuzz_vlist: answer %d with %d values for %zu names\n", r,
+                         gx_do_vlist_get_len(vlist), names.size());
+            std::abort();
+        }
+        gx_do_vlist_deref(vlist);
+        gx_do_nlist_deref(nlist);
+        zan::plat::uri_deref(uri);
+    }
+    if (zan::plat::live_objects().total() != objects || zan::plat::alloc_live() != allocations) {
+        std::fprintf(stderr, "fuzz_vlist: the call left objects or allocations behind\n");
+        std::abort();
+    }
+    return 0;
+}
