@@ -19,34 +19,15 @@ struct RenderedRow {
     std::vector<NamedValue> items;
 };
 
-// The position a row stands at: its table under the position of its parent row.
-const zan::db::TableInfo* position_of(const zan::db::Row& row) {
-    const zan::db::TableInfo* table = &zan::db::table_of(row);
-    if (table->table) table = table->table;
-    const zan::db::Row* parent = zan::db::parent_of(row);
-    const zan::db::TableInfo* parent_pos = (parent && parent != &row) ? position_of(*parent) : nullptr;
-    for (const auto* p : zan::db::positions())
-        if ((p->table ? p->table : p) == table && p->parent == parent_pos) return p;
-    return table;
-}
-
 }  // namespace
 
+// The row's own path in tool syntax: the engine's segments, written as the tool writes them.
 std::string row_path(const zan::db::Row& row) {
-    std::vector<const zan::db::Row*> chain;
-    for (const zan::db::Row* r = &row; r; r = zan::db::parent_of(*r)) {
-        chain.insert(chain.begin(), r);
-        if (zan::db::parent_of(*r) == r) break;
-    }
-    const zan::db::TableInfo* pos = position_of(row);
     std::string out;
-    // Segments from the root; the last chain.size() of them belong to the chain's rows.
-    const size_t n = pos->path.size();
-    for (size_t i = 0; i < n; ++i) {
+    for (const zan::plat::SegmentSpec& spec : zan::engine::row_segments(row)) {
         PathSegment s;
-        s.name = std::string(pos->path[i]);
-        const size_t from_end = n - i;
-        if (from_end <= chain.size()) s.keys = zan::engine::row_key_parts(*chain[chain.size() - from_end]);
+        s.name = spec.name;
+        s.keys = spec.keys;
         out += '/';
         out += format_segment(s);
     }
