@@ -269,6 +269,27 @@ class Catalogue:
         slot = {s.name: s.index for s in self.slots if s.name}
         return sorted(self.records.values(), key=lambda r: slot[r.name])
 
+    def arm_types(self):
+        """Names of the records that can stand in a union arm, directly or nested deeper: the
+        types that have null renderings."""
+        out = set()
+
+        def visit(n):
+            if n in out:
+                return
+            out.add(n)
+            for f in self.records[n].all_fields:
+                if f.kind == "nested":
+                    visit(f.type)
+        for r in self.records.values():
+            for f in r.arms:
+                visit(f.type)
+        return out
+
+    def obj_type_groups(self):
+        """The extension groups of the obj_type enumeration (empty without it)."""
+        return list(self.enums["obj_type"].extensions) if "obj_type" in self.enums else []
+
     def columns(self, record_name, prefix=""):
         """Static column list (name, code) of a record, as the column description yields it."""
         out = []

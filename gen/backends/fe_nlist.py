@@ -37,21 +37,9 @@ def run(type_name):
 
 def plan(cat):
     """(records in slot order, names of the types with a null rendering, obj_type groups)."""
-    recs = cat.records
-    nulls = {}
-
-    def visit(n):
-        if n in nulls:
-            return
-        nulls[n] = True
-        for f in recs[n].all_fields:
-            if f.kind == "nested":
-                visit(f.type)
-    for r in recs.values():
-        for f in r.arms:
-            visit(f.type)
-    groups = list(cat.enums["obj_type"].extensions) if "obj_type" in cat.enums else []
-    return list(cat.record_order()), [r.name for r in cat.record_order() if r.name in nulls], groups
+    nulls = cat.arm_types()
+    order = list(cat.record_order())
+    return order, [r.name for r in order if r.name in nulls], cat.obj_type_groups()
 
 
 class Unit:

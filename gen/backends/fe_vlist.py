@@ -61,23 +61,6 @@ def init(d, order=FIELD_ORDER):
     return "{" + ", ".join(str(d.get(k, v)) for k, v in order) + "}"
 
 
-def null_types(cat):
-    """Types that can stand in an unselected arm, directly or deeper."""
-    out = set()
-
-    def visit(n):
-        if n in out:
-            return
-        out.add(n)
-        for f in cat.records[n].all_fields:
-            if f.kind == "nested":
-                visit(f.type)
-    for r in cat.records.values():
-        for f in r.arms:
-            visit(f.type)
-    return out
-
-
 def check(cat):
     for r in cat.records.values():
         for f in r.all_fields:
@@ -293,7 +276,7 @@ def base_unit(cat, u, msgs):
         u.shims.append(f'extern "C" int32_t {all_fn(n)}(rsl_ctx_t c, rsl_ctx_id_t i, const void* h, gx_do_vlist* l, '
                        f"int32_t, uint32_t* e) {{ return {sel_fn(n)}(c, i, h, l, 0, 1, e); }}")
     # obj_type's extension groups: one null per value, no caller.
-    groups = list(cat.enums["obj_type"].extensions) if "obj_type" in cat.enums else []
+    groups = cat.obj_type_groups()
     for g in groups:
         rows = [init({"name": c_str(v), "kind": "Kind::leaf",
                       "msg_null": msgs.add(f"{v} to_vlist_all:  set null failed for {v}for {v}")}) for v in g.values]
@@ -330,7 +313,7 @@ def decls(cat, nulls, groups):
 def files(cat):
     check(cat)
     msgs = Messages()
-    nulls = null_types(cat)
+    nulls = cat.arm_types()
     units = {}
     for r in cat.record_order():
         u = units.setdefault(r.domain, Unit())

@@ -642,24 +642,13 @@ def null_fn(name):
 
 def props_plan(cat):
     """(rendered records in slot order, null renderings {name: lenient}, obj_type groups)."""
-    recs = cat.records
     rendered = list(cat.record_order())
-    nulls = {}
-
-    def visit(n):
-        if n in nulls:
-            return
-        nulls[n] = False
-        for f in recs[n].fields:
-            if f.kind == "nested":
-                visit(f.type)
-    for r in rendered:
-        for f in r.arms:
-            visit(f.type)
+    arm = cat.arm_types()
+    nulls = {r.name: False for r in rendered if r.name in arm}
     for r in rendered:
         for e in r.extensions:
             nulls[e.name] = True
-    groups = list(cat.enums["obj_type"].extensions) if "obj_type" in cat.enums else []
+    groups = cat.obj_type_groups()
     for g in groups:
         nulls[g.name] = True
     return rendered, nulls, groups
