@@ -87,6 +87,40 @@ void BM_ResolveGrandchild(benchmark::State& state) {
 }
 BENCHMARK(BM_ResolveGrandchild);
 
+// A root table keyed by two parts (a text and an address), both given.
+void BM_ResolveCompound(benchmark::State& state) {
+    const auto* t = zan::db::table_info("tbl_ip_dhcp_svr");
+    if (t == nullptr || t->key_parts.size() != 2) {
+        state.SkipWithError("tbl_ip_dhcp_svr has no two-part key");
+        return;
+    }
+    run(state,
+        {{std::string(t->segment),
+          Keys{{std::string(t->key_parts[0]->name), "red"}, {std::string(t->key_parts[1]->name), "10.0.0.5"}}}},
+        1);
+}
+BENCHMARK(BM_ResolveCompound);
+
+// The parent of the last position of the whole chain, alone: what the path below costs
+// before its second segment.
+void BM_ResolveChainTailParent(benchmark::State& state) {
+    run(state, {keyed("tbl_cfg_classmap", "CM-VOICE")}, 1);
+}
+BENCHMARK(BM_ResolveChainTailParent);
+
+// The last position of the whole chain (the last traverser of the last dispatcher): its
+// segment is offered to the root chain and to all 23 dispatchers before it is taken. The
+// segment's own cost is this figure less BM_ResolveChainTailParent.
+void BM_ResolveChainTail(benchmark::State& state) {
+    const auto all = zan::db::positions();
+    if (all.empty() || all.back()->name != "tbl_match_proto_clause") {
+        state.SkipWithError("tbl_match_proto_clause is no longer the last position");
+        return;
+    }
+    run(state, {keyed("tbl_cfg_classmap", "CM-VOICE"), keyed("tbl_match_proto_clause", "1")}, 1);
+}
+BENCHMARK(BM_ResolveChainTail);
+
 // A segment that no table takes: all 23 dispatchers, all 331 traversers, and no memory.
 void BM_ResolveMiss(benchmark::State& state) {
     const long before = zan::plat::alloc_count();
