@@ -28,11 +28,13 @@ def unit_ns(unit):
     return {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}[unit]
 
 
-def load(paths):
+def load(paths, context=None):
     out = {}
     for p in paths:
         with open(p) as fh:
             data = json.load(fh)
+        if context is not None:
+            context.append(data.get("context", {}))
         for b in data.get("benchmarks", []):
             if b.get("error_occurred"):
                 out[b["run_name"]] = {"error": b.get("error_message", "error")}
@@ -79,7 +81,8 @@ def table(rows, head):
 
 
 def main(paths):
-    b = load(paths)
+    contexts = []
+    b = load(paths, contexts)
     rows = []
     for name, e in b.items():
         if "error" in e:
@@ -91,6 +94,10 @@ def main(paths):
                      f"{count[0]} {count[1]:g}" if count else "",
                      f"{fmt_ns(per[1])} {per[0]}" if per else "",
                      f"{e['allocs']:g}" if "allocs" in e else ""])
+    loads = [" ".join(f"{x:.2f}" for x in c.get("load_avg", [])) for c in contexts]
+    first = contexts[0] if contexts else {}
+    print(f"{first.get('num_cpus', '?')} CPUs at {first.get('mhz_per_cpu', '?')} MHz; load average "
+          f"(1, 5, 15 min) at the start of each suite: {'; '.join(loads)}\n")
     print("Figures (CPU time; wall time shows the load of the shared cores)\n")
     table(rows, ["Benchmark", "CPU", "Wall", "Count", "Per unit", "Allocations"])
 
