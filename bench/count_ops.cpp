@@ -7,9 +7,9 @@
 // (scripts/callgrind.sh divides by them).
 #include <valgrind/callgrind.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -142,6 +142,25 @@ std::vector<Op> operations() {
              return resolve({keyed("tbl_ci_vrf_eol", "red"), keyed("tbl_ci_vrf_afi_mode_eol", "1"),
                              keyed("tbl_ci_vrf_mode_rt_eol_b", "65000:11")},
                             1);
+         }},
+        {"resolve_walk_grandchild", 3, "segment",
+         [] {
+             const auto dispatch = engine().dispatcher();
+             gx_do_uri* uri = zan::plat::uri_new({keyed("tbl_ci_vrf_eol", "red"), keyed("tbl_ci_vrf_afi_mode_eol", "1"),
+                                                  keyed("tbl_ci_vrf_mode_rt_eol_b", "65000:11")});
+             gx_do_nlist* pd = gx_do_nlist_new();
+             gx_do_nlist* pdc = gx_do_nlist_new();
+             return Body([=] {
+                 static int ctx = 0;
+                 arbor_params_t* params = zan::plat::params_new();
+                 const void* slot = nullptr;
+                 const int32_t code =
+                     dispatch(&ctx, 0, 0, uri, pd, pdc, params, 0, zan::engine::k_kind_read_row, &slot);
+                 const auto w = zan::engine::walk(store(), zan::plat::params_traversals(params));
+                 zan::plat::params_free(params);
+                 gx_do_nlist_clear(pdc);
+                 if (code != 1 || w.rows.size() != 1) fail("the route target's path does not walk to its row");
+             });
          }},
         {"resolve_compound", 1, "segment",
          [] {

@@ -75,7 +75,8 @@ print(f"Instructions (callgrind Ir), {n} calls per operation, empty loop "
       f"({base:,.0f} per call) taken off\n")
 table(rows, ["Operation", "Per call", "Units per call", "Per unit"])
 
-pairs = [("three-level keyed path", "resolve_grandchild", "peer_find_path"),
+pairs = [("three-level keyed path, dispatcher", "resolve_grandchild", "peer_find_path"),
+         ("three-level keyed path, dispatcher and walk", "resolve_walk_grandchild", "peer_find_path"),
          ("row of tbl_conf_mac_nacl_eol, 395 leaves each side", "properties_mac_nacl", "peer_print_mac_ace_full"),
          ("row of tbl_conf_mac_nacl_eol as configured", "properties_mac_nacl", "peer_print_mac_ace"),
          ("columns of the largest table / leaf paths of its list", "columns_largest_table", "peer_schema_leaves")]
