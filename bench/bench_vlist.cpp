@@ -3,15 +3,10 @@
 // array, and to fetch each of its attributes by name through the selectors (walked with
 // strtok_r as a table's row operation walks them), per row and per attribute.
 #include <benchmark/benchmark.h>
-#include <dlfcn.h>
-#include <elf.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -21,6 +16,7 @@
 #include "zan/platform.hpp"
 
 #include "bench_engine.hpp"
+#include "library_function.hpp"
 
 namespace {
 
@@ -40,30 +36,6 @@ const zan::db::Store& store() {
         return loaded.store.release();
     }();
     return *s;
-}
-
-// The selectors are the library's own functions, held by no array: found by name in its
-// symbol table, relative to where it was loaded.
-void* library_function(const std::string& name) {
-    static const std::map<std::string, uint64_t> symbols = [] {
-        std::map<std::string, uint64_t> out;
-        std::ifstream in(engine().library_path(), std::ios::binary);
-        const std::vector<char> file((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        const auto* eh = reinterpret_cast<const Elf64_Ehdr*>(file.data());
-        const auto* sh = reinterpret_cast<const Elf64_Shdr*>(file.data() + eh->e_shoff);
-        for (int i = 0; i < eh->e_shnum; ++i) {
-            if (sh[i].sh_type != SHT_SYMTAB) continue;
-            const char* names = file.data() + sh[sh[i].sh_link].sh_offset;
-            const auto* sym = reinterpret_cast<const Elf64_Sym*>(file.data() + sh[i].sh_offset);
-            for (size_t k = 0; k < sh[i].sh_size / sizeof(Elf64_Sym); ++k)
-                if (sym[k].st_shndx != SHN_UNDEF && sym[k].st_value != 0) out[names + sym[k].st_name] = sym[k].st_value;
-        }
-        return out;
-    }();
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(engine().dispatcher()), &info) == 0) return nullptr;
-    auto it = symbols.find(name);
-    return it == symbols.end() ? nullptr : static_cast<char*>(info.dli_fbase) + it->second;
 }
 
 // Leaf attribute names of a record, dotted as the selectors read them.
@@ -135,7 +107,7 @@ void render_all(benchmark::State& state, const char* table) {
 void select_all(benchmark::State& state, const char* table) {
     Target t;
     if (!target(state, table, t)) return;
-    auto sel = reinterpret_cast<select_fn>(library_function(std::string(t.top->name) + "_to_vlist"));
+    auto sel = reinterpret_cast<select_fn>(library_function(engine(), std::string(t.top->name) + "_to_vlist"));
     if (sel == nullptr) {
         state.SkipWithError("the library has no selector for the row's type");
         return;
@@ -178,7 +150,7 @@ using pairs_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*,
 void render_pairs(benchmark::State& state, const char* table) {
     Target t;
     if (!target(state, table, t)) return;
-    auto fn = reinterpret_cast<pairs_fn>(library_function(std::string(t.top->name) + "_to_nlist_vlist_all"));
+    auto fn = reinterpret_cast<pairs_fn>(library_function(engine(), std::string(t.top->name) + "_to_nlist_vlist_all"));
     if (fn == nullptr) {
         state.SkipWithError("the library has no to_nlist_vlist_all for the row's type");
         return;

@@ -21,6 +21,7 @@
 #include "zan/platform.hpp"
 
 #include "bench_engine.hpp"
+#include "library_function.hpp"
 
 #ifdef ZAN_PEER
 #include "peer/peer_tree.hpp"
@@ -105,6 +106,28 @@ Body vlist_all(const char* table) {
     };
 }
 
+// The first configured row through its top type's <type>_to_nlist_vlist_all (held by no
+// array; found in the library's symbol table) into a fresh name list and value list.
+Body pairs(const char* table) {
+    using pairs_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, int32_t,
+                                 uint32_t*);
+    const zan::db::TableInfo* info = zan::db::table_info(table);
+    if (!info || store().rows(*info).empty() || info->rows.size() != 1) fail(std::string("no row of ") + table);
+    auto fn = reinterpret_cast<pairs_fn>(
+        library_function(engine(), std::string(info->rows[0]->name) + "_to_nlist_vlist_all"));
+    if (fn == nullptr) fail(std::string("no to_nlist_vlist_all for ") + table);
+    const void* rec = zan::db::row_record(*store().rows(*info).front());
+    return [=] {
+        gx_do_nlist* names = gx_do_nlist_new();
+        gx_do_vlist* list = gx_do_vlist_new();
+        uint32_t err = 0;
+        const int32_t r = fn(zan::engine::Engine::context(), 0, rec, names, list, 0, &err);
+        gx_do_nlist_deref(names);
+        gx_do_vlist_deref(list);
+        if (r < 0 || err != 0) fail(std::string("a row of ") + table + " does not render to paired lists");
+    };
+}
+
 // Column descriptions of some tables, each into a fresh list.
 Body columns(std::vector<zan::engine::TableRow> tables) {
     return [tables] {
@@ -179,6 +202,7 @@ std::vector<Op> operations() {
         {"properties_ntp_peer", 37, "attribute", [] { return properties("tbl_ntp_peer_eol"); }},
         {"properties_mac_nacl", 395, "attribute", [] { return properties("tbl_conf_mac_nacl_eol"); }},
         {"vlist_all_mac_nacl", 395, "value", [] { return vlist_all("tbl_conf_mac_nacl_eol"); }},
+        {"pairs_mac_nacl", 395, "value", [] { return pairs("tbl_conf_mac_nacl_eol"); }},
         {"columns_all_tables", 0, "column", [] { return columns(all_tables()); }},
         {"columns_largest_table", 395, "column",
          [] {
