@@ -54,6 +54,7 @@ void BM_ColumnsLargestTable(benchmark::State& state) {
         columns = zan::plat::ntlist_entries(list).size();
         zan::plat::ntlist_free(list);
     }
+    state.counters["columns"] = static_cast<double>(columns);
     state.counters["per_column"] = benchmark::Counter(static_cast<double>(columns),
                                                       benchmark::Counter::kIsIterationInvariantRate |
                                                           benchmark::Counter::kInvert);

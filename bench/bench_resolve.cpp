@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "zan/config.hpp"
 #include "zan/database.hpp"
 #include "zan/engine.hpp"
 #include "zan/platform.hpp"
@@ -86,6 +87,87 @@ void BM_ResolveGrandchild(benchmark::State& state) {
         1);
 }
 BENCHMARK(BM_ResolveGrandchild);
+
+// The built-in configuration, for the walks.
+const zan::db::Store& walk_store() {
+    static const zan::db::Store* s = [] {
+        engine();
+        auto loaded = zan::config::load_default();
+        if (!loaded) {
+            std::fprintf(stderr, "bench_resolve: %s\n", loaded.error.c_str());
+            std::exit(1);
+        }
+        return loaded.store.release();
+    }();
+    return *s;
+}
+
+// The three-level path of a configured route target resolved and then walked over the
+// built-in configuration by the engine, down to its one row: what a caller holding the
+// tree pays to get from a keyed path to the row's node.
+void BM_ResolveWalkGrandchild(benchmark::State& state) {
+    const auto dispatch = engine().dispatcher();
+    const zan::db::Store& store = walk_store();
+    gx_do_uri* uri = zan::plat::uri_new({keyed("tbl_ci_vrf_eol", "red"), keyed("tbl_ci_vrf_afi_mode_eol", "1"),
+                                         keyed("tbl_ci_vrf_mode_rt_eol_b", "65000:11")});
+    gx_do_nlist* pd = gx_do_nlist_new();
+    gx_do_nlist* pdc = gx_do_nlist_new();
+    int ctx = 0;
+    for (auto _ : state) {
+        arbor_params_t* params = zan::plat::params_new();
+        const void* slot = nullptr;
+        const int32_t code = dispatch(&ctx, 0, 0, uri, pd, pdc, params, 0, zan::engine::k_kind_read_row, &slot);
+        const zan::engine::Walk w = zan::engine::walk(store, zan::plat::params_traversals(params));
+        zan::plat::params_free(params);
+        gx_do_nlist_clear(pdc);
+        if (code != 1 || w.rows.size() != 1) {
+            state.SkipWithError(("code " + std::to_string(code) + ", " + std::to_string(w.rows.size()) +
+                                 " rows; want 1 and one row").c_str());
+            break;
+        }
+    }
+    state.counters["segments"] = 3;
+    state.counters["per_segment"] =
+        benchmark::Counter(3, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    gx_do_nlist_deref(pd);
+    gx_do_nlist_deref(pdc);
+    zan::plat::uri_deref(uri);
+}
+BENCHMARK(BM_ResolveWalkGrandchild);
+
+// A root table keyed by two parts (a text and an address), both given.
+void BM_ResolveCompound(benchmark::State& state) {
+    const auto* t = zan::db::table_info("tbl_ip_dhcp_svr");
+    if (t == nullptr || t->key_parts.size() != 2) {
+        state.SkipWithError("tbl_ip_dhcp_svr has no two-part key");
+        return;
+    }
+    run(state,
+        {{std::string(t->segment),
+          Keys{{std::string(t->key_parts[0]->name), "red"}, {std::string(t->key_parts[1]->name), "10.0.0.5"}}}},
+        1);
+}
+BENCHMARK(BM_ResolveCompound);
+
+// The parent of the last position of the whole chain, alone: what the path below costs
+// before its second segment.
+void BM_ResolveChainTailParent(benchmark::State& state) {
+    run(state, {keyed("tbl_cfg_classmap", "CM-VOICE")}, 1);
+}
+BENCHMARK(BM_ResolveChainTailParent);
+
+// The last position of the whole chain (the last traverser of the last dispatcher): its
+// segment is offered to the root chain and to all 23 dispatchers before it is taken. The
+// segment's own cost is this figure less BM_ResolveChainTailParent.
+void BM_ResolveChainTail(benchmark::State& state) {
+    const auto all = zan::db::positions();
+    if (all.empty() || all.back()->name != "tbl_match_proto_clause") {
+        state.SkipWithError("tbl_match_proto_clause is no longer the last position");
+        return;
+    }
+    run(state, {keyed("tbl_cfg_classmap", "CM-VOICE"), keyed("tbl_match_proto_clause", "1")}, 1);
+}
+BENCHMARK(BM_ResolveChainTail);
 
 // A segment that no table takes: all 23 dispatchers, all 331 traversers, and no memory.
 void BM_ResolveMiss(benchmark::State& state) {

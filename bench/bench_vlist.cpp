@@ -3,15 +3,10 @@
 // array, and to fetch each of its attributes by name through the selectors (walked with
 // strtok_r as a table's row operation walks them), per row and per attribute.
 #include <benchmark/benchmark.h>
-#include <dlfcn.h>
-#include <elf.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -21,6 +16,7 @@
 #include "zan/platform.hpp"
 
 #include "bench_engine.hpp"
+#include "library_function.hpp"
 
 namespace {
 
@@ -40,30 +36,6 @@ const zan::db::Store& store() {
         return loaded.store.release();
     }();
     return *s;
-}
-
-// The selectors are the library's own functions, held by no array: found by name in its
-// symbol table, relative to where it was loaded.
-void* library_function(const std::string& name) {
-    static const std::map<std::string, uint64_t> symbols = [] {
-        std::map<std::string, uint64_t> out;
-        std::ifstream in(engine().library_path(), std::ios::binary);
-        const std::vector<char> file((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        const auto* eh = reinterpret_cast<const Elf64_Ehdr*>(file.data());
-        const auto* sh = reinterpret_cast<const Elf64_Shdr*>(file.data() + eh->e_shoff);
-        for (int i = 0; i < eh->e_shnum; ++i) {
-            if (sh[i].sh_type != SHT_SYMTAB) continue;
-            const char* names = file.data() + sh[sh[i].sh_link].sh_offset;
-            const auto* sym = reinterpret_cast<const Elf64_Sym*>(file.data() + sh[i].sh_offset);
-            for (size_t k = 0; k < sh[i].sh_size / sizeof(Elf64_Sym); ++k)
-                if (sym[k].st_shndx != SHN_UNDEF && sym[k].st_value != 0) out[names + sym[k].st_name] = sym[k].st_value;
-        }
-        return out;
-    }();
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(engine().dispatcher()), &info) == 0) return nullptr;
-    auto it = symbols.find(name);
-    return it == symbols.end() ? nullptr : static_cast<char*>(info.dli_fbase) + it->second;
 }
 
 // Leaf attribute names of a record, dotted as the selectors read them.
@@ -135,7 +107,7 @@ void render_all(benchmark::State& state, const char* table) {
 void select_all(benchmark::State& state, const char* table) {
     Target t;
     if (!target(state, table, t)) return;
-    auto sel = reinterpret_cast<select_fn>(library_function(std::string(t.top->name) + "_to_vlist"));
+    auto sel = reinterpret_cast<select_fn>(library_function(engine(), std::string(t.top->name) + "_to_vlist"));
     if (sel == nullptr) {
         state.SkipWithError("the library has no selector for the row's type");
         return;
@@ -170,12 +142,61 @@ void select_all(benchmark::State& state, const char* table) {
                                                              benchmark::Counter::kInvert);
 }
 
+using pairs_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*);
+
+// The row through its top type's <type>_to_nlist_vlist_all (held by no array: the engine
+// reaches it only for the elements of a sequence; found in the symbol table), into a fresh
+// name list and value list per iteration.
+void render_pairs(benchmark::State& state, const char* table) {
+    Target t;
+    if (!target(state, table, t)) return;
+    auto fn = reinterpret_cast<pairs_fn>(library_function(engine(), std::string(t.top->name) + "_to_nlist_vlist_all"));
+    if (fn == nullptr) {
+        state.SkipWithError("the library has no to_nlist_vlist_all for the row's type");
+        return;
+    }
+    const void* rec = zan::db::row_record(*t.row);
+    size_t values = 0;
+    {
+        gx_do_nlist* names = gx_do_nlist_new();
+        gx_do_vlist* list = gx_do_vlist_new();
+        uint32_t err = 0;
+        const int32_t r = fn(zan::engine::Engine::context(), 0, rec, names, list, 0, &err);
+        values = static_cast<size_t>(gx_do_vlist_get_len(list));
+        gx_do_nlist_deref(names);
+        gx_do_vlist_deref(list);
+        if (r < 0 || err != 0) {
+            state.SkipWithError("the row does not render");
+            return;
+        }
+    }
+    for (auto _ : state) {
+        gx_do_nlist* names = gx_do_nlist_new();
+        gx_do_vlist* list = gx_do_vlist_new();
+        uint32_t err = 0;
+        benchmark::DoNotOptimize(fn(zan::engine::Engine::context(), 0, rec, names, list, 0, &err));
+        gx_do_nlist_deref(names);
+        gx_do_vlist_deref(list);
+    }
+    state.counters["values"] = static_cast<double>(values);
+    state.counters["per_value"] = benchmark::Counter(static_cast<double>(values),
+                                                     benchmark::Counter::kIsIterationInvariantRate |
+                                                         benchmark::Counter::kInvert);
+}
+
 void BM_VlistAllOneLeaf(benchmark::State& state) { render_all(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }
 BENCHMARK(BM_VlistAllOneLeaf)->Unit(benchmark::kNanosecond);
 void BM_VlistAllNtpPeer(benchmark::State& state) { render_all(state, "tbl_ntp_peer_eol"); }
 BENCHMARK(BM_VlistAllNtpPeer)->Unit(benchmark::kNanosecond);
 void BM_VlistAllMacNacl(benchmark::State& state) { render_all(state, "tbl_conf_mac_nacl_eol"); }
 BENCHMARK(BM_VlistAllMacNacl)->Unit(benchmark::kNanosecond);
+
+void BM_PairsOneLeaf(benchmark::State& state) { render_pairs(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }
+BENCHMARK(BM_PairsOneLeaf)->Unit(benchmark::kNanosecond);
+void BM_PairsNtpPeer(benchmark::State& state) { render_pairs(state, "tbl_ntp_peer_eol"); }
+BENCHMARK(BM_PairsNtpPeer)->Unit(benchmark::kNanosecond);
+void BM_PairsMacNacl(benchmark::State& state) { render_pairs(state, "tbl_conf_mac_nacl_eol"); }
+BENCHMARK(BM_PairsMacNacl)->Unit(benchmark::kNanosecond);
 
 void BM_SelectOneLeaf(benchmark::State& state) { select_all(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }
 BENCHMARK(BM_SelectOneLeaf)->Unit(benchmark::kNanosecond);

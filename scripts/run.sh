@@ -3,7 +3,8 @@
 #   scripts/run.sh main [ZANFE ARGS...]   the zanfe tool (default: one request on the built-in
 #                                         configuration, three attributes of an NTP peer row)
 #   scripts/run.sh test                   the whole test suite
-#   scripts/run.sh bench [ARGS...]        the benchmarks
+#   scripts/run.sh bench [ARGS...]        every benchmark suite (ARGS go to each), then one table
+#                                         of the figures and the ratios to libyang
 #   scripts/run.sh sanitize               the whole test suite built with the address and
 #                                         undefined-behaviour sanitizers (build-asan/)
 #   scripts/run.sh tsan                   the concurrency test under the thread sanitizer
@@ -27,7 +28,7 @@ case "$job" in
     ;;
 esac
 
-bash scripts/setup.sh >&2
+bash scripts/setup.sh "$job" >&2
 
 # The fuzz targets, built apart with clang; each runs `seconds` from a copy of its corpus,
 # so that what a run finds does not change the repository.
@@ -90,11 +91,24 @@ case "$job" in
     fuzz 20
     ;;
   bench)
+    # Every suite, figures as JSON in build/bench/results; the suites' own output goes to
+    # standard error and one table of the figures (with the ratios to libyang when the
+    # comparison is built) to standard output.
     cmake -S . -B build -DZAN_BENCH=ON >&2
-    cmake --build build -j2 --target bench_columns bench_resolve bench_properties bench_keys zan_fe >&2
-    build/bench/bench_columns "$@"
-    build/bench/bench_resolve "$@"
-    build/bench/bench_keys "$@"
-    exec build/bench/bench_properties "$@"
+    targets=$(ninja -C build -t targets all)
+    suites=(bench_vlist)
+    if grep -q '^bench_peer:' <<<"$targets"; then
+      suites+=(bench_peer)   # holds bench_resolve, bench_properties and bench_columns
+    else
+      suites+=(bench_resolve bench_properties bench_columns)
+    fi
+    if grep -q '^bench_keys:' <<<"$targets"; then suites+=(bench_keys); fi
+    cmake --build build -j2 --target "${suites[@]}" zan_fe >&2
+    mkdir -p build/bench/results
+    rm -f build/bench/results/*.json
+    for s in "${suites[@]}"; do
+      build/bench/$s --benchmark_out=build/bench/results/$s.json --benchmark_out_format=json "$@" >&2
+    done
+    exec python3 scripts/bench_table.py build/bench/results/*.json
     ;;
 esac

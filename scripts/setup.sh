@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build and the tests need, only those not yet installed.
+# `setup.sh bench` also tries the optional ones of the benchmarks (libyang 2 for the
+# comparison, valgrind for the instruction counts); the build goes on without them.
 set -euo pipefail
+job=${1:-}
 
 packages=(cmake ninja-build g++ python3 libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
           clang-14 libclang-rt-14-dev)
@@ -11,11 +14,26 @@ for p in "${packages[@]}"; do
     missing+=("$p")
   fi
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
+optional=()
+if [ "$job" = bench ]; then
+  for p in libyang2-dev valgrind; do
+    if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then
+      optional+=("$p")
+    fi
+  done
+fi
+[ ${#missing[@]} -eq 0 ] && [ ${#optional[@]} -eq 0 ] && exit 0
 
-echo "setup: installing ${missing[*]}"
 sudo=()
 if [ "$(id -u)" -ne 0 ]; then sudo=(sudo); fi
 export DEBIAN_FRONTEND=noninteractive
 "${sudo[@]}" apt-get update
-"${sudo[@]}" apt-get install -y --no-install-recommends "${missing[@]}"
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "setup: installing ${missing[*]}"
+  "${sudo[@]}" apt-get install -y --no-install-recommends "${missing[@]}"
+fi
+if [ ${#optional[@]} -gt 0 ]; then
+  echo "setup: installing the optional ${optional[*]}"
+  "${sudo[@]}" apt-get install -y --no-install-recommends "${optional[@]}" ||
+    echo "setup: ${optional[*]} not installed; the benchmarks run without them"
+fi
