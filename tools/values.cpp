@@ -1,5 +1,6 @@
 // get --attrs, get --values, key and type: a row's values through the table's to_vlist, its
 // key through the table's to_nvlist, and a stored instance of a type through the type arrays.
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -296,7 +297,10 @@ void cmd_type(Session& s, const Invocation& inv) {
         }
         if (found) break;
     }
-    for (const std::string_view t : found ? std::vector<std::string_view>{} : s.rows().record_types()) {
+    // Records of the type itself come before those it is nested in.
+    std::vector<std::string_view> kept = found ? std::vector<std::string_view>{} : s.rows().record_types();
+    std::stable_partition(kept.begin(), kept.end(), [&](std::string_view t) { return t == type; });
+    for (const std::string_view t : kept) {
         const auto records = s.rows().records(t);
         for (size_t i = 0; !found && i < records.size(); ++i)
             found = find_in(*records[i], "@records." + std::string(t) + "[" + std::to_string(i) + "]", "", type, &n,
