@@ -56,6 +56,7 @@ struct gx_do_uri {
 // costs no quadratic scan. Names are copied once into the object's arena.
 struct gx_do_properties {
     struct Item {
+        Item(std::string_view n, Value&& v) : name(n), value(std::move(v)) {}
         std::string_view name;
         Value value;
     };
@@ -68,21 +69,27 @@ struct gx_do_properties {
 
     static constexpr size_t k_linear = 12;
 
-    // Eight bytes a step: names run to dozens of characters.
+    // Names of one object run to a hundred characters and share long prefixes: the hash
+    // takes the length, the first eight bytes and the last sixteen, in a fixed number of
+    // steps. Names it confuses are told apart by the full compare in find().
     static uint32_t hash(std::string_view s) {
-        uint64_t h = 0x9e3779b97f4a7c15ull ^ s.size();
         const char* p = s.data();
-        size_t n = s.size();
-        for (; n >= 8; p += 8, n -= 8) {
-            uint64_t w;
-            std::memcpy(&w, p, 8);
-            h = (h ^ w) * 0xff51afd7ed558ccdull;
-            h ^= h >> 32;
+        const size_t n = s.size();
+        uint64_t a = 0, b = 0, c = 0;
+        if (n >= 16) {
+            std::memcpy(&a, p, 8);
+            std::memcpy(&b, p + n - 16, 8);
+            std::memcpy(&c, p + n - 8, 8);
+        } else if (n >= 8) {
+            std::memcpy(&a, p, 8);
+            std::memcpy(&c, p + n - 8, 8);
+        } else {
+            for (size_t i = 0; i < n; ++i) a = a << 8 | static_cast<unsigned char>(p[i]);
         }
-        uint64_t w = 0;
-        std::memcpy(&w, p, n);
-        h = (h ^ w) * 0xc4ceb9fe1a85ec53ull;
-        return uint32_t(h ^ (h >> 29));
+        uint64_t h = (a ^ 0x9e3779b97f4a7c15ull ^ n) * 0xff51afd7ed558ccdull;
+        h = (h ^ (h >> 29) ^ b) * 0xc4ceb9fe1a85ec53ull;
+        h = (h ^ (h >> 32) ^ c) * 0xff51afd7ed558ccdull;
+        return uint32_t(h ^ (h >> 32));
     }
 
     long find(std::string_view name, uint32_t h) const {
@@ -120,7 +127,7 @@ struct gx_do_properties {
             items[size_t(i)].value = std::move(v);   // in place: the order stays
             return;
         }
-        items.push_back(Item{names.keep(name), std::move(v)});
+        items.emplace_back(names.keep(name), std::move(v));
         hashes.push_back(h);
         if (slots.empty() ? items.size() > k_linear : items.size() * 2 > slots.size())
             reindex();
