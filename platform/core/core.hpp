@@ -88,6 +88,19 @@ inline bool hit(FaultPoint p) {
 
 void alloc_clear_injection();
 
+
+
+// Memory for an object the platform makes on the front end's behalf. It is accounted
+// under the site tag last given to tallow_set_callsite_tag on this thread (which it
+// consumes; 0 when none is pending) and the given type name. Freed with __tallow_free.
+void* tagged_alloc(std::size_t size, const char* type_name);
+
+}  // namespace zan::plat::detail
+#pragma GCC visibility pop
+
+// Outside the hidden region: the objects that hold one are the exported C types.
+namespace zan::plat::detail {
+
 // Names copied once into blocks that never move: the first block is part of the owner,
 // later ones are chained. A kept name stays where it was written until the arena dies.
 template <size_t First>
@@ -133,10 +146,4 @@ private:
     char first_[First];         // left unset: only the kept part is ever read
 };
 
-// Memory for an object the platform makes on the front end's behalf. It is accounted
-// under the site tag last given to tallow_set_callsite_tag on this thread (which it
-// consumes; 0 when none is pending) and the given type name. Freed with __tallow_free.
-void* tagged_alloc(std::size_t size, const char* type_name);
-
 }  // namespace zan::plat::detail
-#pragma GCC visibility pop
