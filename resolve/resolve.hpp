@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "fe_internal.hpp"
@@ -67,13 +68,12 @@ int32_t path_take(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, const char*
                   arbor_params_t* params, const void** table_vft_slot, const zan_field_vft* from);
 void path_list(const PathDesc& d, gx_do_nlist* pd_list);
 
-// Whether strncmp(a, b, n) would answer 0; a first character that differs ends it at once.
+// Whether strncmp(a, b, n) == 0 (n >= 1): the first characters compared inline, the rest
+// by strncmp only when they agree. Names of one level share long prefixes, which a byte
+// loop would walk slower than the library does.
 inline bool same_bounded(const char* a, const char* b, uint32_t n) {
-    for (uint32_t i = 0; i < n; ++i) {
-        if (a[i] != b[i]) return false;
-        if (a[i] == '\0') return true;
-    }
-    return true;
+    if (a[0] != b[0]) return false;
+    return a[0] == '\0' || std::strncmp(a + 1, b + 1, n - 1) == 0;
 }
 
 // The path traverser: does this segment name my table? Inline in every generated entry
