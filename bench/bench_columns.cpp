@@ -27,7 +27,7 @@ void BM_ColumnsAllTables(benchmark::State& state) {
             arbor_ntlist* list = zan::plat::ntlist_new();
             uint32_t err = 0;
             benchmark::DoNotOptimize(t.gx->columns_to_ntlist(list, &err));
-            columns += zan::plat::ntlist_entries(list).size();
+            columns += zan::plat::ntlist_len(list);
             zan::plat::ntlist_free(list);
         }
     }
@@ -51,7 +51,7 @@ void BM_ColumnsLargestTable(benchmark::State& state) {
         arbor_ntlist* list = zan::plat::ntlist_new();
         uint32_t err = 0;
         benchmark::DoNotOptimize(t->gx->columns_to_ntlist(list, &err));
-        columns = zan::plat::ntlist_entries(list).size();
+        columns = zan::plat::ntlist_len(list);
         zan::plat::ntlist_free(list);
     }
     state.counters["columns"] = static_cast<double>(columns);

@@ -32,24 +32,38 @@ bool open_gate(const DispatchDesc& d, gx_do_nlist* pdc_list) {
 
 }  // namespace
 
+namespace {
+
+// After a path traverser took the segment: the same table's query traverser, and the trace
+// of what it answered when that is not success.
+[[gnu::noinline]] int32_t query_after(const DispatchDesc& d, const ChainEntry& e, rsl_ctx_t ctx, rsl_ctx_id_t id,
+                                      uint64_t gx_ctx, gx_do_uri_segment* segment, gx_do_nlist* gated,
+                                      arbor_params_t* params, uint32_t request_kind, uint32_t more_segments) {
+    const int32_t query =
+        e.query(ctx, id, gx_ctx, gx_do_uri_segment_get_keys(segment), gated, params, request_kind, more_segments);
+    if (query == k_pq_taken) return query;
+    const uint32_t msg = d.msg + 1 + 2 * static_cast<uint32_t>(&e - d.chain);
+    if (query == k_pq_not_here)
+        trace(msg, LT_LEVEL_ERROR, e.label);
+    else
+        trace(msg + 1, LT_LEVEL_ERROR);
+    return query;
+}
+
+}  // namespace
+
 int32_t dispatch(const DispatchDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx, gx_do_uri_segment* segment,
                  gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params, uint32_t request_kind,
                  const void** table_vft_slot, uint32_t more_segments) {
     gx_do_nlist* gated = open_gate(d, pdc_list) ? pd_list : nullptr;
-    for (uint32_t i = 0; i < d.count; ++i) {
-        const ChainEntry& e = d.chain[i];
-        const int32_t path = e.path(ctx, id, segment, gated, pdc_list, params, table_vft_slot);
-        if (path == k_pq_not_here) continue;
+    // The loop keeps only what the path traversers take: a miss is one indirect call.
+    const ChainEntry* const end = d.chain + d.count;
+    for (const ChainEntry* e = d.chain; e != end; ++e) {
+        const int32_t path = e->path(ctx, id, segment, gated, pdc_list, params, table_vft_slot);
+        if (path == k_pq_not_here) [[likely]]
+            continue;
         if (path != k_pq_taken) return path;
-        const int32_t query = e.query(ctx, id, gx_ctx, gx_do_uri_segment_get_keys(segment), gated, params,
-                                      request_kind, more_segments);
-        if (query == k_pq_taken) return query;
-        const uint32_t msg = d.msg + 1 + 2 * i;
-        if (query == k_pq_not_here)
-            trace(msg, LT_LEVEL_ERROR, e.label);
-        else
-            trace(msg + 1, LT_LEVEL_ERROR);
-        return query;
+        return query_after(d, *e, ctx, id, gx_ctx, segment, gated, params, request_kind, more_segments);
     }
     return k_pq_not_here;
 }

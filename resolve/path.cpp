@@ -1,7 +1,5 @@
-// The path traverser template: does this segment name my table? On a match, one path
-// traversal into params, the table's vector into the slot cell and its marker into
-// pdc_list. A miss costs a name fetch and one bounded compare (and one more against "*"
-// when candidates are being collected); nothing is allocated before a match.
+// The path traverser's match: one path traversal into params, the table's vector into the
+// slot cell and its marker into pdc_list. The compare before it is inline (resolve.hpp).
 #include <cstring>
 
 #include "resolve.hpp"
@@ -28,22 +26,15 @@ bool add_identity(rsl_ctx_t ctx, rsl_ctx_id_t id, arbor_traverse* t, uint32_t in
 
 }  // namespace
 
-int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_uri_segment* segment,
-                      gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params,
-                      const void** table_vft_slot) {
+void path_list(const PathDesc& d, gx_do_nlist* pd_list) {
+    trace(d.msg + k_p_pd_add, LT_LEVEL_DEBUG, d.label, d.segment);
+    gx_do_nlist_add_string(pd_list, d.segment);
+}
+
+int32_t path_take(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_nlist* pdc_list,
+                  arbor_params_t* params, const void** table_vft_slot, const zan_field_vft* from) {
     const bool child = d.shape == Shape::child;
-    // Tables below a parent read the cell on every call, matched or not.
-    const zan_field_vft* from =
-        d.shape == Shape::root ? nullptr : static_cast<const zan_field_vft*>(*table_vft_slot);
-    const char* name = gx_do_uri_segment_get_name(segment);
     uint32_t err = 0;
-    if (name == nullptr || std::strncmp(d.segment, name, d.segment_len + 1) != 0) {
-        if (pd_list == nullptr || name == nullptr || std::strcmp(name, "*") != 0) return k_pq_not_here;
-        // Listing: every table of the level adds its name, so the chain must run on.
-        trace(d.msg + k_p_pd_add, LT_LEVEL_DEBUG, d.label, d.segment);
-        gx_do_nlist_add_string(pd_list, d.segment);
-        return k_pq_not_here;
-    }
     trace(d.msg + k_p_found, LT_LEVEL_DEBUG, name);
 
     tallow_set_callsite_tag(site_tag(d.site));

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "fe_internal.hpp"
@@ -62,9 +63,42 @@ struct PathDesc {
     Shape shape;
 };
 
-int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_uri_segment* segment,
-                      gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params,
-                      const void** table_vft_slot);
+// The two ways past the compare, out of line: a match, and the listing of candidates.
+int32_t path_take(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_nlist* pdc_list,
+                  arbor_params_t* params, const void** table_vft_slot, const zan_field_vft* from);
+void path_list(const PathDesc& d, gx_do_nlist* pd_list);
+
+// Whether strncmp(a, b, n) == 0 (n >= 1): the first characters compared inline, the rest
+// by strncmp only when they agree. Names of one level share long prefixes, which a byte
+// loop would walk slower than the library does.
+inline bool same_bounded(const char* a, const char* b, uint32_t n) {
+    if (a[0] != b[0]) return false;
+    return a[0] == '\0' || std::strncmp(a + 1, b + 1, n - 1) == 0;
+}
+
+// The path traverser: does this segment name my table? Inline in every generated entry
+// point, so that a miss costs the name fetch and one bounded compare (and one more against
+// "*" when candidates are being collected) and nothing else; nothing is allocated before a
+// match.
+inline int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_uri_segment* segment,
+                             gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params,
+                             const void** table_vft_slot) {
+    // Tables below a parent read the cell on every call, matched or not.
+    const zan_field_vft* from =
+        d.shape == Shape::root
+            ? nullptr
+            : static_cast<const zan_field_vft*>(*static_cast<const void* const volatile*>(table_vft_slot));
+    const char* name = gx_do_uri_segment_get_name(segment);
+    if (name == nullptr) [[unlikely]]
+        return k_pq_not_here;
+    if (!same_bounded(d.segment, name, d.segment_len + 1)) {
+        // Listing: every table of the level adds its name, so the chain must run on.
+        if (pd_list != nullptr && name[0] == '*' && name[1] == '\0') [[unlikely]]
+            path_list(d, pd_list);
+        return k_pq_not_here;
+    }
+    return path_take(d, ctx, id, name, pdc_list, params, table_vft_slot, from);
+}
 
 // ------------------------------------------------------------------ query traversers
 // Message offsets shared by both query templates (the first seven), then those of each.

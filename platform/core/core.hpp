@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <new>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -87,6 +88,8 @@ inline bool hit(FaultPoint p) {
 
 void alloc_clear_injection();
 
+
+
 // Memory for an object the platform makes on the front end's behalf. It is accounted
 // under the site tag last given to tallow_set_callsite_tag on this thread (which it
 // consumes; 0 when none is pending) and the given type name. Freed with __tallow_free.
@@ -94,3 +97,53 @@ void* tagged_alloc(std::size_t size, const char* type_name);
 
 }  // namespace zan::plat::detail
 #pragma GCC visibility pop
+
+// Outside the hidden region: the objects that hold one are the exported C types.
+namespace zan::plat::detail {
+
+// Names copied once into blocks that never move: the first block is part of the owner,
+// later ones are chained. A kept name stays where it was written until the arena dies.
+template <size_t First>
+class NameArena {
+public:
+    NameArena() = default;
+    NameArena(const NameArena&) = delete;
+    NameArena& operator=(const NameArena&) = delete;
+    ~NameArena() {
+        while (blocks_) {
+            Block* next = blocks_->next;
+            ::operator delete(blocks_);
+            blocks_ = next;
+        }
+    }
+
+    std::string_view keep(std::string_view name) {
+        if (name.size() > left_) [[unlikely]]
+            grow(name.size());
+        char* at = room_;
+        __builtin_memcpy(at, name.data(), name.size());
+        room_ += name.size();
+        left_ -= name.size();
+        return {at, name.size()};
+    }
+
+private:
+    struct Block {
+        Block* next;
+    };
+    void grow(size_t need) {
+        const size_t size = need > 16384 ? need : 16384;
+        auto* b = static_cast<Block*>(::operator new(sizeof(Block) + size));
+        b->next = blocks_;
+        blocks_ = b;
+        room_ = reinterpret_cast<char*>(b + 1);
+        left_ = size;
+    }
+
+    char* room_ = first_;
+    size_t left_ = First;
+    Block* blocks_ = nullptr;   // newest first
+    char first_[First];         // left unset: only the kept part is ever read
+};
+
+}  // namespace zan::plat::detail

@@ -53,19 +53,43 @@ struct gx_do_uri {
 
 // Properties keep their items in insertion order. Past a handful of items a hash index
 // (open addressing over item numbers) finds a name, so a row of hundreds of attributes
-// costs no quadratic scan.
+// costs no quadratic scan. Names are copied once into the object's arena.
 struct gx_do_properties {
+    struct Item {
+        Item(std::string_view n, Value&& v) : name(n), value(std::move(v)) {}
+        std::string_view name;
+        Value value;
+    };
+
     int32_t refs = 1;
-    std::vector<NamedValue> items;
+    std::vector<Item> items;
     std::vector<uint32_t> hashes;   // per item
     std::vector<uint32_t> slots;    // item number + 1, 0 free; empty while items are few
+    NameArena<4096> names;
 
     static constexpr size_t k_linear = 12;
 
+    // Names of one object run to a hundred characters and share long prefixes: the hash
+    // takes the length, the first eight bytes and the last sixteen, in a fixed number of
+    // steps. Names it confuses are told apart by the full compare in find().
     static uint32_t hash(std::string_view s) {
-        uint32_t h = 2166136261u;
-        for (unsigned char c : s) h = (h ^ c) * 16777619u;
-        return h;
+        const char* p = s.data();
+        const size_t n = s.size();
+        uint64_t a = 0, b = 0, c = 0;
+        if (n >= 16) {
+            std::memcpy(&a, p, 8);
+            std::memcpy(&b, p + n - 16, 8);
+            std::memcpy(&c, p + n - 8, 8);
+        } else if (n >= 8) {
+            std::memcpy(&a, p, 8);
+            std::memcpy(&c, p + n - 8, 8);
+        } else {
+            for (size_t i = 0; i < n; ++i) a = a << 8 | static_cast<unsigned char>(p[i]);
+        }
+        uint64_t h = (a ^ 0x9e3779b97f4a7c15ull ^ n) * 0xff51afd7ed558ccdull;
+        h = (h ^ (h >> 29) ^ b) * 0xc4ceb9fe1a85ec53ull;
+        h = (h ^ (h >> 32) ^ c) * 0xff51afd7ed558ccdull;
+        return uint32_t(h ^ (h >> 32));
     }
 
     long find(std::string_view name, uint32_t h) const {
@@ -103,7 +127,7 @@ struct gx_do_properties {
             items[size_t(i)].value = std::move(v);   // in place: the order stays
             return;
         }
-        items.push_back(NamedValue{std::string(name), std::move(v)});
+        items.emplace_back(names.keep(name), std::move(v));
         hashes.push_back(h);
         if (slots.empty() ? items.size() > k_linear : items.size() * 2 > slots.size())
             reindex();
@@ -440,15 +464,19 @@ void uri_set_text(gx_do_uri* uri, std::string_view text) {
 gx_do_properties* properties_new() {
     auto* p = new gx_do_properties;
     count(c_live_properties);
-    p->items.reserve(16);
-    p->hashes.reserve(16);
+    p->items.reserve(64);
+    p->hashes.reserve(64);
     return p;
 }
 
 void properties_deref(gx_do_properties* props) { release(props, c_live_properties); }
 
 std::vector<NamedValue> properties_items(gx_do_properties* props) {
-    return props ? props->items : std::vector<NamedValue>{};
+    std::vector<NamedValue> out;
+    if (!props) return out;
+    out.reserve(props->items.size());
+    for (const auto& item : props->items) out.push_back(NamedValue{std::string(item.name), item.value});
+    return out;
 }
 
 const Value* properties_get(gx_do_properties* props, std::string_view name) {

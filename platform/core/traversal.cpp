@@ -45,8 +45,16 @@ struct arbor_params_t {
     std::vector<arbor_traverse*> traversals;
 };
 
+// Columns as added: each name copied once into the list's arena. The readable form with
+// owned strings is made only when someone asks for it.
 struct arbor_ntlist {
-    std::vector<zan::plat::NtEntry> entries;
+    struct Entry {
+        std::string_view name;
+        uint32_t code;
+    };
+    std::vector<Entry> entries;
+    zan::plat::detail::NameArena<8192> names;
+    std::vector<zan::plat::NtEntry> view;   // what ntlist_entries last answered
 };
 
 namespace {
@@ -262,7 +270,7 @@ void arbor_fe_ntlist_add(arbor_ntlist* list, const char* name, uint32_t type_cod
     if (pending(err)) return;
     if (!list || !name) return fail(err, EINVAL);
     if (hit(fp_ntlist_add)) return fail(err, EIO);
-    list->entries.push_back(zan::plat::NtEntry{name, type_code});
+    list->entries.push_back(arbor_ntlist::Entry{list->names.keep(name), type_code});
 }
 
 // ------------------------------------------------------------------ record-schema library
@@ -316,8 +324,14 @@ void ntlist_free(arbor_ntlist* list) { delete list; }
 
 const std::vector<NtEntry>& ntlist_entries(arbor_ntlist* list) {
     static const std::vector<NtEntry> none;
-    return list ? list->entries : none;
+    if (!list) return none;
+    list->view.clear();
+    list->view.reserve(list->entries.size());
+    for (const auto& e : list->entries) list->view.push_back(NtEntry{std::string(e.name), e.code});
+    return list->view;
 }
+
+size_t ntlist_len(arbor_ntlist* list) { return list ? list->entries.size() : 0; }
 
 const Registration* registration(std::string_view context) {
     Registrations& r = registrations();

@@ -518,7 +518,7 @@ std::optional<plat::Value> value_of(const void* handle) {
     const Cell* c = cell_of(handle);
     if (!c) return std::nullopt;
     plat::Value v;
-    v.leaf = std::string(word_name(c->word));
+    v.leaf = word_name(c->word);
     switch (c->word) {
         case Word::u_int8:
         case Word::u_int16:

@@ -47,7 +47,9 @@ struct Uri {                        // a row's path, as gx_do_vlist_add_mr_uri a
 // One value of a list or a property. Integers keep their width and signedness.
 struct Value {
     std::variant<Null, int64_t, uint64_t, bool, std::string, Ip, Mac, EnumText, ValueList, NameValueList, Uri> v;
-    std::string leaf;               // leaf word that added it: "int32", "u_int8", "rsl_vstring", ...
+    // Leaf word that added it: "int32", "u_int8", "rsl_vstring", ... Always static text (a
+    // word of the catalogue or a literal), so a value copies no string for it.
+    std::string_view leaf;
     bool is_default = false;
     bool operator==(const Value&) const = default;
 };
@@ -137,7 +139,10 @@ struct NtEntry {
     std::string name;
     uint32_t code;
 };
+// The columns so far, as owned strings; the answer stays valid until the next call or
+// ntlist_free.
 const std::vector<NtEntry>& ntlist_entries(arbor_ntlist* list);
+size_t ntlist_len(arbor_ntlist* list);   // columns so far, nothing copied
 
 // What rsl_store_err last stored on the calling thread.
 struct StoredError {
