@@ -1,5 +1,6 @@
 // The configuration loader: JSON text to rows of a fresh store. Every fault ends the load
 // with one line naming the place as a path into the document.
+#include <cstdio>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -49,10 +50,20 @@ std::string place_text(const Place& place) {
 }
 
 // One line: control characters of quoted input become blanks.
-std::string one_line(std::string s) {
-    for (char& c : s)
-        if (static_cast<unsigned char>(c) < 0x20) c = ' ';
-    return s;
+// A message stays one line whatever the file holds: control characters (a table name may
+// hold a newline through a JSON escape) are written as \xHH.
+std::string one_line(std::string_view s) {
+    std::string out;
+    for (const char c : s) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+            char hex[5];
+            std::snprintf(hex, sizeof hex, "\\x%02x", static_cast<unsigned char>(c));
+            out += hex;
+        } else {
+            out += c;
+        }
+    }
+    return out;
 }
 
 struct Fault {
@@ -465,17 +476,17 @@ std::string load_into(db::Store& store, std::string_view text, std::string_view 
         loader.document(doc);
         variant = loader.default_variant;
     } catch (const Fault& f) {
-        return o + ": " + place_text(f.place) + ": " + f.what;
+        return one_line(o + ": " + place_text(f.place) + ": " + f.what);
     } catch (const json::parse_error& e) {
         // The library's text reads "[json.exception.parse_error.101] parse error at line
         // 3, column 5: <reason>"; keep the reason and give the place ourselves.
         std::string what = e.what();
         if (size_t c = what.find(": "); c != std::string::npos) what = what.substr(c + 2);
-        return o + ":" + where_in_text(text, e.byte) + ": bad JSON: " + one_line(what);
+        return one_line(o + ":" + where_in_text(text, e.byte) + ": bad JSON: " + what);
     } catch (const json::exception& e) {
-        return o + ": bad JSON: " + one_line(e.what());
+        return one_line(o + ": bad JSON: " + e.what());
     } catch (const std::exception& e) {   // the store's own refusals (db::Error) among them
-        return o + ": " + one_line(e.what());
+        return one_line(o + ": " + e.what());
     }
     store.swap(fresh);
     if (default_variant) *default_variant = variant;

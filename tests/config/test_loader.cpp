@@ -314,6 +314,9 @@ TEST_F(Config, BrokenFilesAreRefusedWithTheirPlace) {
         {"[]", {"t.json: top level: expected an object of tables, got array"}},
         {R"({ "tbl_nonesuch": [] })", {"t.json: tbl_nonesuch: unknown table"}},
         {R"({ "ntp_peer_eol": [] })", {"t.json: \"ntp_peer_eol\": unknown table"}},
+        // found by fuzzing: a name with a control character, through a JSON escape
+        {R"({ "tbl_ntp\nsource": [] })", {"t.json: tbl_ntp\\x0asource: unknown table"}},
+        {R"({ "@default_vari\rnt": 1 })", {"\"@default_vari\\x0dnt\": unknown table"}},
         {R"({ "tbl_ntp_peer_eol": {} })", {"tbl_ntp_peer_eol: expected an array of rows, got object"}},
         {R"({ "tbl_ntp_peer_eol": [ 7 ] })", {"tbl_ntp_peer_eol[0]: expected a row object, got integer 7"}},
         {R"({ "tbl_ntp_peer_eol": [ { "peer_server_key": "a", "no_such": 1 } ] })",
