@@ -3,6 +3,7 @@
 // its own, whose names come back up behind the field's prefix and whose values are copied
 // over; so a name is the dotted path relative to the record that was asked for.
 #include "to_nlist_vlist_all.hpp"
+#include "variant.hpp"
 
 #include <cstdlib>
 #include <cstring>
@@ -268,15 +269,7 @@ int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, g
                gx_do_vlist* vlist, int32_t with_state, uint32_t* err) {
     const auto default_variant = static_cast<int8_t>(zan_config_defaults_default_get_variant(ctx));
     if (*err != 0 || obj == nullptr || nlist == nullptr || vlist == nullptr) return -1;
-    int8_t variant = 0;
-    if (t.reads_variant) {
-        variant = static_cast<int8_t>(rsl_get_instance_variant(obj, 1, 0));
-        if (variant < 0) {
-            __LTf_44(&k_unit, t.msg_variant, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL,
-                     static_cast<uint32_t>(static_cast<int32_t>(variant)), 0);
-            std::abort();
-        }
-    }
+    const int8_t variant = t.reads_variant ? record_variant(&k_unit, t.msg_variant, obj) : 0;
     int32_t result = 0;
     const int32_t r = fields({t.fields, t.count}, ctx, id, obj, nlist, vlist, with_state, default_variant, err,
                              &result);

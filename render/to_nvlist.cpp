@@ -1,6 +1,7 @@
 // Key rendering to name-value lists. A key carries no state: every entry goes in with
 // is_default 0 and present 1.
 #include "to_nvlist.hpp"
+#include "variant.hpp"
 
 #include <cstdlib>
 #include <span>
@@ -54,15 +55,7 @@ int32_t table_key(const TableKey& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void*
 int32_t enumeration(const Enum& e, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_nvlist* nvlist,
                     int32_t is_default, int32_t present, const void* handle, uint32_t* err) {
     if (err == nullptr || *err != 0 || nvlist == nullptr || name == nullptr || handle == nullptr) return -1;
-    int8_t variant = 0;
-    if (e.reads_variant) {
-        variant = static_cast<int8_t>(rsl_get_instance_variant(handle, 1, 0));
-        if (variant < 0) {
-            __LTf_4(&k_unit, e.msg_variant, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL,
-                    static_cast<uint32_t>(static_cast<int32_t>(variant)));
-            std::abort();
-        }
-    }
+    const int8_t variant = e.reads_variant ? value_variant(&k_unit, e.msg_variant, handle) : 0;
     const uint32_t n = e.value(ctx, id, handle, err);
     if (n >= e.count) return -1;
     // A value of an extension above the instance's variant: a null under the value's text.

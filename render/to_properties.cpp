@@ -2,6 +2,7 @@
 // renderings, one each for enumerations, flag sets and a table's slot 2. Every attribute is
 // named by the dotted path of field texts from the top record down to it.
 #include "to_properties.hpp"
+#include "variant.hpp"
 
 #include <cstdlib>
 #include <cstring>
@@ -244,15 +245,7 @@ int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix
     __strcat_to_buf(k_buffer_size, buffer, prefix);
     const size_t len = std::strlen(buffer);
 
-    int8_t variant = 0;
-    if (t.reads_variant) {
-        variant = static_cast<int8_t>(rsl_get_instance_variant(obj, 1, 0));
-        if (variant < 0) {
-            __LTf_44(&k_unit, t.msg_variant, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL,
-                     static_cast<uint32_t>(static_cast<int32_t>(variant)), 0);
-            std::abort();
-        }
-    }
+    const int8_t variant = t.reads_variant ? record_variant(&k_unit, t.msg_variant, obj) : 0;
 
     const int32_t status = fields(t, t.fields, t.count, ctx, id, buffer, len, props, obj, with_state,
                                   default_variant, err);
@@ -318,14 +311,7 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* p
 int32_t render_enum(const Enum& e, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
                     int32_t is_default, int32_t present, const void* value, uint32_t* err) {
     if (*err != 0) return 0;
-    if (e.reads_variant) {
-        const auto variant = static_cast<int8_t>(rsl_get_instance_variant(value, 1, 0));
-        if (variant < 0) {
-            __LTf_4(&k_unit, e.msg_variant, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL,
-                    static_cast<uint32_t>(static_cast<int32_t>(variant)));
-            std::abort();
-        }
-    }
+    if (e.reads_variant) (void)value_variant(&k_unit, e.msg_variant, value);
     const uint32_t n = e.value(ctx, id, value, err);
     if (n >= e.count) return k_fail;
     return enum_to_properties(ctx, id, name, props, is_default, present, e.names[n], err);

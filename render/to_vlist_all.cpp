@@ -4,6 +4,7 @@
 // attribute a dotted name asks for, walking the name token by token with strtok_r.
 // Results: zero or more is success (the result of the last value added), negative failure.
 #include "to_vlist_all.hpp"
+#include "variant.hpp"
 
 #include "to_nlist_vlist_all.hpp"
 
@@ -33,14 +34,7 @@ constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
 
 // A negative instance variant is a broken invariant, not a status.
 int8_t checked_variant(const Type& t, const void* obj, uint32_t msg) {
-    if (!t.reads_variant) return 0;
-    const auto variant = static_cast<int8_t>(rsl_get_instance_variant(obj, 1, 0));
-    if (variant < 0) {
-        __LTf_44(&k_unit, msg, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL,
-                 static_cast<uint32_t>(static_cast<int32_t>(variant)), 0);
-        std::abort();
-    }
-    return variant;
+    return t.reads_variant ? record_variant(&k_unit, msg, obj) : 0;
 }
 
 int32_t compare_default(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err) {
@@ -341,15 +335,7 @@ int32_t select(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* token,
 int32_t render_enum(const Enum& e, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* handle, gx_do_vlist* vlist,
                     int32_t is_default, int32_t present, uint32_t* err) {
     if (vlist == nullptr || *err != 0) return k_refused;
-    int8_t variant = 0;
-    if (e.reads_variant) {
-        variant = static_cast<int8_t>(rsl_get_instance_variant(handle, 1, 0));
-        if (variant < 0) {
-            __LTf_4(&k_unit, e.msg_variant, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL,
-                    static_cast<uint32_t>(static_cast<int32_t>(variant)));
-            std::abort();
-        }
-    }
+    const int8_t variant = e.reads_variant ? value_variant(&k_unit, e.msg_variant, handle) : 0;
     const uint32_t n = e.value(ctx, id, handle, err);
     if (n >= e.count) return k_refused;
     // A value of an extension level above the instance's variant is not known to it.
