@@ -28,6 +28,9 @@ namespace {
 namespace db = zan::db;
 namespace plat = zan::plat;
 
+constexpr uint32_t k_error_level = 0x3000000;
+constexpr uint32_t k_fatal_level = 0;
+
 struct Outcome {
     int32_t result;
     uint32_t err;
@@ -221,6 +224,7 @@ TEST(FaultSweep, EveryFailurePointOfEveryRepresentativeRequest) {
     };
     const auto points = plat::fault_points();
     long swept = 0, stayed = 0, aborts = 0;
+    std::set<std::string> failure_traces;   // distinct error and fatal lines the failures wrote
     for (const SweptRequest& q : requests) {
         SCOPED_TRACE(q.name);
         plat::fault_clear_all();
@@ -270,7 +274,13 @@ TEST(FaultSweep, EveryFailurePointOfEveryRepresentativeRequest) {
                     continue;
                 }
                 if (getenv("SWEEP_VERBOSE")) std::fprintf(stderr, "sweep %s %s #%ld\n", q.name.c_str(), point.c_str(), n);
-                const Outcome o = q.run();
+                Outcome o;
+                {
+                    plat::TraceCapture traces;
+                    o = q.run();
+                    for (const plat::TraceRecord& t : traces.records())
+                        if (t.level == k_error_level || t.level == k_fatal_level) failure_traces.insert(t.unit + ": " + t.text);
+                }
                 plat::fault_clear_all();
                 EXPECT_TRUE(q.results.count(o.result) || (q.positive_too && o.result > 0)) << "result " << o.result;
                 EXPECT_TRUE(q.errors.count(o.err)) << "error word " << o.err;
@@ -285,4 +295,8 @@ TEST(FaultSweep, EveryFailurePointOfEveryRepresentativeRequest) {
     }
     std::printf("fault sweep: %ld points swept in all; %ld left a compound-key traversal and %ld aborted on lists "
                 "out of step, as designed\n", swept, stayed, aborts);
+    std::printf("fault sweep: %zu distinct failure trace lines written\n", failure_traces.size());
+    if (getenv("SWEEP_TRACES"))
+        for (const std::string& t : failure_traces) std::printf("  %s\n", t.c_str());
+    EXPECT_GT(failure_traces.size(), 100u) << "the failures reach the families' failure traces";
 }
