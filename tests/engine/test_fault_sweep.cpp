@@ -58,13 +58,28 @@ const db::Store& default_store() {
     return *r->store;
 }
 
-const db::Row* first_row(const std::string& table) {
+// Records of types that no table row holds (the fixed array of en_address, the counted
+// array of vlan_group, the u_int16 leaf of consumer), a row with an int16 leaf and a row
+// whose array is unset, loaded apart from the default configuration.
+const db::Store& record_store() {
+    static auto* r = new zan::config::LoadResult(zan::config::load_text(
+        R"({"@records": {"en_address": [{"addr": [0, 17, 34, 51, 68, 85]}],
+                         "vlan_group": [{"vlan_group_name": "lab", "vlans": [5, 6, 7]}],
+                         "consumer": [{"cid": 3, "app_id": 300}]},
+            "tbl_cfg_http_client_proxy_eol": [{"singleton_id": 1, "http_proxy_name": "proxy", "http_proxy_port": 8080}],
+            "tbl_vlan_group": [{"vlan_group_name": "unset", "vlans": [1], "@state": {"vlans": 0}}]})",
+        "<sweep records>"));
+    if (!*r) ADD_FAILURE() << r->error;
+    return *r->store;
+}
+
+const db::Row* first_row(const std::string& table, const db::Store& store = default_store()) {
     const db::TableInfo* t = db::table_info(table);
-    if (t == nullptr || default_store().rows(*t).empty()) {
-        ADD_FAILURE() << "no row of " << table << " in the default configuration";
+    if (t == nullptr || store.rows(*t).empty()) {
+        ADD_FAILURE() << "no row of " << table << " in the configuration";
         return nullptr;
     }
-    return default_store().rows(*t).front();
+    return store.rows(*t).front();
 }
 
 SweptRequest resolve_request(const std::string& what, const std::string& table,
@@ -80,9 +95,10 @@ SweptRequest resolve_request(const std::string& what, const std::string& table,
             std::move(traversal_may_stay)};
 }
 
-SweptRequest properties_request(const std::string& table, int32_t with_state) {
-    const db::Row* row = first_row(table);
-    return {"to_properties " + table + (with_state ? " with state" : ""),
+SweptRequest properties_request(const std::string& table, int32_t with_state,
+                                const db::Store& store = default_store(), const std::string& note = "") {
+    const db::Row* row = first_row(table, store);
+    return {"to_properties " + table + (with_state ? " with state" : "") + note,
             [row, table, with_state] {
                 const auto t = engine().find_table(table);
                 gx_do_properties* props = plat::properties_new();
@@ -113,9 +129,11 @@ long traversals_live() {
 }
 
 // A stored object record (om_node and the like) through the type vectors, as the engine
-// renders a value of a type with no table around it.
-SweptRequest type_request(const std::string& type, bool vlist) {
-    const auto records = default_store().records(type);
+// renders a value of a type with no table around it. Only types with sequence fields
+// (`sequences`) can put an element's lists out of step.
+SweptRequest type_request(const std::string& type, bool vlist, const db::Store& store = default_store(),
+                          bool sequences = true) {
+    const auto records = store.records(type);
     const db::Record* rec = records.empty() ? nullptr : records.front();
     if (rec == nullptr) ADD_FAILURE() << "no stored " << type;
     return {(vlist ? "type vector to_vlist_all " : "type vector to_properties ") + type,
@@ -138,7 +156,7 @@ SweptRequest type_request(const std::string& type, bool vlist) {
             vlist ? std::set<int32_t>{0, -1} : std::set<int32_t>{0, 3, 10002, -1, 22},
             {0, 5, 22},
             {},
-            {"gx_do_vlist_add_all", "gx_do_vlist_new"}};
+            sequences ? std::set<std::string>{"gx_do_vlist_add_all", "gx_do_vlist_new"} : std::set<std::string>{}};
 }
 
 // A table row's slot 3 with a name list (empty: the whole row), as the engine asks for
@@ -202,25 +220,39 @@ TEST(FaultSweep, EveryFailurePointOfEveryRepresentativeRequest) {
         resolve_request("one key", "tbl_ntp_peer_eol"),
         resolve_request("compound key", "tbl_ip_dhcp_svr", {"arbor_params_t_set_last"}),
         resolve_request("child, three levels", "tbl_ci_vrf_mode_rt_eol"),
+        resolve_request("compound key, three parts", "tbl_threat_visibility_ip_export", {"arbor_params_t_set_last"}),
         properties_request("tbl_ntp_peer_eol", 0),
         properties_request("tbl_ntp_peer_eol", 1),
         properties_request("tbl_conf_mac_nacl_eol", 0),
         properties_request("tbl_ip_dhcp_svr", 1),
+        properties_request("tbl_vlan_group", 0),
+        properties_request("tbl_vlan_group", 1),
+        properties_request("tbl_cfg_dev_trk_bt_setlog_eol", 0),
+        properties_request("tbl_cfg_http_client_proxy_eol", 0, record_store()),
+        properties_request("tbl_vlan_group", 1, record_store(), ", array unset"),
         type_request("om_node", false),
         type_request("layer_head", false),
         type_request("ack_timer_head", false),
         type_request("om_node", true),
         type_request("layer_head", true),
+        type_request("en_address", false, record_store(), false),
+        type_request("en_address", true, record_store(), false),
+        type_request("vlan_group", false, record_store(), false),
+        type_request("vlan_group", true, record_store(), false),
+        type_request("consumer", false, record_store(), false),
         vlist_request("tbl_ntp_peer_eol", {}),
         vlist_request("tbl_conf_mac_nacl_eol", {}),
         vlist_request("tbl_ntp_peer_eol", {"compound_0.peer_or_server.compound_67.ntp_server", "__uri__",
                                            "peer_server_key", "compound_0.peer_or_server.compound_66.ntp_peer"}),
         vlist_request("tbl_threat_visibility_ip_export", {}),
+        vlist_request("tbl_vlan_group", {}),
+        vlist_request("tbl_vlan_group", {"vlan_group_name", "vlans"}),
         nvlist_request("tbl_ntp_peer_eol"),
         nvlist_request("tbl_ip_dhcp_svr"),
         nvlist_request("tbl_threat_visibility_ip_export"),
         columns_request("tbl_ntp_peer_eol"),
         columns_request("tbl_conf_mac_nacl_eol"),
+        columns_request("tbl_vlan_group"),
     };
     const auto points = plat::fault_points();
     long swept = 0, stayed = 0, aborts = 0;
