@@ -20,7 +20,7 @@ const zan::engine::Engine& engine() { return bench_engine("bench_resolve"); }
 
 // A keyed segment of a position: its segment and key name as the database's table
 // information has them.
-zan::plat::SegmentSpec keyed(const char* position, const char* value) {
+zan::plat::UriSegment keyed(const char* position, const char* value) {
     const auto* t = zan::db::table_info(position);
     if (t == nullptr) {
         std::fprintf(stderr, "bench_resolve: no position %s\n", position);
@@ -31,7 +31,7 @@ zan::plat::SegmentSpec keyed(const char* position, const char* value) {
 
 // Calls the dispatcher on one path per iteration, with fresh params and emptied lists as a
 // request of the engine has them, and reports the time per segment besides.
-void run(benchmark::State& state, const std::vector<zan::plat::SegmentSpec>& path, int32_t want) {
+void run(benchmark::State& state, const std::vector<zan::plat::UriSegment>& path, int32_t want) {
     const auto dispatch = engine().dispatcher();
     gx_do_uri* uri = zan::plat::uri_new(path);
     gx_do_nlist* pd = gx_do_nlist_new();

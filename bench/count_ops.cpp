@@ -49,14 +49,14 @@ const zan::db::Store& store() {
     return *s;
 }
 
-zan::plat::SegmentSpec keyed(const char* position, const char* value) {
+zan::plat::UriSegment keyed(const char* position, const char* value) {
     const auto* t = zan::db::table_info(position);
     if (t == nullptr) fail(std::string("no position ") + position);
     return {std::string(t->segment), Keys{{std::string(t->key_name), value}}};
 }
 
 // One request of the engine on a path built once: a fresh params per call, pdc emptied after.
-Body resolve(std::vector<zan::plat::SegmentSpec> path, int32_t want) {
+Body resolve(std::vector<zan::plat::UriSegment> path, int32_t want) {
     const auto dispatch = engine().dispatcher();
     gx_do_uri* uri = zan::plat::uri_new(path);
     gx_do_nlist* pd = gx_do_nlist_new();

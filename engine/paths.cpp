@@ -13,7 +13,7 @@ const zan::db::TableInfo* position_of(const zan::db::Row& row) {
     return table;
 }
 
-std::vector<zan::plat::SegmentSpec> row_segments(const zan::db::Row& row) {
+std::vector<zan::plat::UriSegment> row_segments(const zan::db::Row& row) {
     std::vector<const zan::db::Row*> chain;
     for (const zan::db::Row* r = &row; r; r = zan::db::parent_of(*r)) {
         chain.insert(chain.begin(), r);
@@ -21,7 +21,7 @@ std::vector<zan::plat::SegmentSpec> row_segments(const zan::db::Row& row) {
     }
     const zan::db::TableInfo* pos = position_of(row);
     const size_t n = pos->path.size();
-    std::vector<zan::plat::SegmentSpec> out(n);
+    std::vector<zan::plat::UriSegment> out(n);
     // The last chain.size() segments belong to the chain's rows.
     for (size_t i = 0; i < n; ++i) {
         out[i].name = std::string(pos->path[i]);

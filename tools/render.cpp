@@ -24,10 +24,10 @@ struct RenderedRow {
 // The row's own path in tool syntax: the engine's segments, written as the tool writes them.
 std::string row_path(const zan::db::Row& row) {
     std::string out;
-    for (const zan::plat::SegmentSpec& spec : zan::engine::row_segments(row)) {
+    for (const zan::plat::UriSegment& step : zan::engine::row_segments(row)) {
         PathSegment s;
-        s.name = spec.name;
-        s.keys = spec.keys;
+        s.name = step.name;
+        s.keys = step.keys;
         out += '/';
         out += format_segment(s);
     }

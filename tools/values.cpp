@@ -58,9 +58,9 @@ struct Labelled {
 
 gx_do_uri* uri_of(const std::string& path) {
     std::vector<PathSegment> segments = parse_path(path);
-    std::vector<zan::plat::SegmentSpec> specs;
-    for (const auto& seg : segments) specs.push_back({seg.name, seg.keys});
-    return zan::plat::uri_new(specs);
+    std::vector<zan::plat::UriSegment> steps;
+    for (const auto& seg : segments) steps.push_back({seg.name, seg.keys});
+    return zan::plat::uri_new(steps);
 }
 
 // The table's to_vlist on one row with the given names; the values it added, as they came.

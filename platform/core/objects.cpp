@@ -407,7 +407,7 @@ namespace zan::plat {
 
 namespace {
 
-void append_uri_text(std::string& out, const SegmentSpec& s) {
+void append_uri_text(std::string& out, const UriSegment& s) {
     out += '/';
     out += s.name;
     if (!s.keys) return;
@@ -425,12 +425,12 @@ void append_uri_text(std::string& out, const SegmentSpec& s) {
 
 }  // namespace
 
-gx_do_uri* uri_new(const std::vector<SegmentSpec>& segments) {
+gx_do_uri* uri_new(const std::vector<UriSegment>& segments) {
     auto* uri = new gx_do_uri;
     count(c_live_uri);
     uri->segments.resize(segments.size() + 1);
     for (size_t i = 0; i < segments.size(); ++i) {
-        const SegmentSpec& s = segments[i];
+        const UriSegment& s = segments[i];
         gx_do_uri_segment& seg = uri->segments[i + 1];
         seg.name = s.name;
         append_uri_text(uri->text, s);

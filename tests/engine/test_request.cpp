@@ -20,7 +20,7 @@ namespace db = zan::db;
 using zan::engine::Engine;
 using zan::engine::Request;
 using zan::engine::Response;
-using zan::plat::SegmentSpec;
+using zan::plat::UriSegment;
 
 using Keys = std::vector<std::pair<std::string, std::string>>;
 
@@ -79,9 +79,9 @@ const CatalogueStore& catalogue_store() {
 
 // The path to a row of a position, keys taken from the row and its ancestors. A position
 // without a parent link takes any row of the parent table for its parent segment.
-std::optional<std::vector<SegmentSpec>> path_to(const db::Store& store, const db::Row& target,
+std::optional<std::vector<UriSegment>> path_to(const db::Store& store, const db::Row& target,
                                                 const db::TableInfo* pos) {
-    std::vector<SegmentSpec> rev;
+    std::vector<UriSegment> rev;
     const db::Row* row = &target;
     for (;;) {
         rev.push_back({std::string(pos->segment), zan::engine::row_key_parts(*row)});
@@ -97,10 +97,10 @@ std::optional<std::vector<SegmentSpec>> path_to(const db::Store& store, const db
         row = parent;
         pos = up;
     }
-    return std::vector<SegmentSpec>(rev.rbegin(), rev.rend());
+    return std::vector<UriSegment>(rev.rbegin(), rev.rend());
 }
 
-std::string path_text(const std::vector<SegmentSpec>& segs) {
+std::string path_text(const std::vector<UriSegment>& segs) {
     std::string out;
     for (const auto& s : segs) {
         out += "/" + s.name;
@@ -121,7 +121,7 @@ const db::Row* row_of_position(const db::Store& store, const db::TableInfo* pos)
     return nullptr;
 }
 
-Response resolve(const std::vector<SegmentSpec>& segs, uint32_t kind = zan::engine::k_kind_read_row) {
+Response resolve(const std::vector<UriSegment>& segs, uint32_t kind = zan::engine::k_kind_read_row) {
     Request req;
     req.segments = segs;
     req.kind = kind;

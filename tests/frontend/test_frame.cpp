@@ -249,7 +249,7 @@ protected:
         gx_do_nlist_deref(pdc);
         zan::plat::params_free(params);
     }
-    int32_t run(const std::vector<zan::plat::SegmentSpec>& segs, gx_do_nlist* pd_list, gx_do_nlist* pdc_list) {
+    int32_t run(const std::vector<zan::plat::UriSegment>& segs, gx_do_nlist* pd_list, gx_do_nlist* pdc_list) {
         gx_do_uri* uri = zan::plat::uri_new(segs);
         const int32_t rc = dispatch(nullptr, 7, 0, uri, pd_list, pdc_list, params, 0, 0, &slot);
         zan::plat::uri_deref(uri);

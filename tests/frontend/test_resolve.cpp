@@ -24,7 +24,7 @@
 using namespace fe_test;
 using zan::db::TableInfo;
 using zan::db::Word;
-using zan::plat::SegmentSpec;
+using zan::plat::UriSegment;
 
 namespace {
 
@@ -129,7 +129,7 @@ protected:
         params = zan::plat::params_new();
         slot = nullptr;
     }
-    int32_t run(const std::vector<SegmentSpec>& segs, uint32_t kind = 0, bool with_pd = true, bool with_pdc = true) {
+    int32_t run(const std::vector<UriSegment>& segs, uint32_t kind = 0, bool with_pd = true, bool with_pdc = true) {
         gx_do_uri* uri = zan::plat::uri_new(segs);
         const int32_t rc = dispatch(nullptr, 3, 0x99, uri, with_pd ? pd : nullptr, with_pdc ? pdc : nullptr, params, 0,
                                     kind, &slot);
@@ -158,9 +158,9 @@ protected:
     const void* slot = nullptr;
 };
 
-SegmentSpec seg(const TableInfo* p) { return {std::string(p->segment), keys_of(p)}; }
-SegmentSpec seg(const char* position) { return seg(zan::db::table_info(position)); }
-SegmentSpec bare(std::string name) { return {std::move(name), std::nullopt}; }
+UriSegment seg(const TableInfo* p) { return {std::string(p->segment), keys_of(p)}; }
+UriSegment seg(const char* position) { return seg(zan::db::table_info(position)); }
+UriSegment bare(std::string name) { return {std::move(name), std::nullopt}; }
 
 bool has_trace(const zan::plat::TraceCapture& cap, const std::string& text, uint32_t level) {
     for (const auto& r : cap.records())
@@ -176,7 +176,7 @@ TEST_F(Resolve, EveryPositionResolvesByItsFullPathWithKeys) {
         SCOPED_TRACE(std::string(p->name));
         reset();
         const auto line = lineage(p);
-        std::vector<SegmentSpec> segs;
+        std::vector<UriSegment> segs;
         for (const TableInfo* q : line) segs.push_back(seg(q));
         ASSERT_EQ(run(segs), 1);
         const auto t = travs();
@@ -254,7 +254,7 @@ TEST_F(Resolve, StarBelowATableListsExactlyItsChildren) {
         if (kids.empty()) continue;
         SCOPED_TRACE(std::string(p->name));
         reset();
-        std::vector<SegmentSpec> segs;
+        std::vector<UriSegment> segs;
         for (const TableInfo* q : lineage(p)) segs.push_back(seg(q));
         segs.push_back(bare("*"));
         EXPECT_EQ(run(segs), 3);
@@ -429,7 +429,7 @@ TEST_F(Resolve, PathTraverserFailuresDestroyTheTraversalAndLeaveSlotAndMarkersAl
     for (const Case& c : cases) {
         SCOPED_TRACE(c.trace);
         reset();
-        std::vector<SegmentSpec> segs;
+        std::vector<UriSegment> segs;
         const void* parent_vft = nullptr;
         if (c.child) {
             ASSERT_EQ(run({seg("tbl_cfg_ip_dhcp_pool_eol")}), 1);
@@ -465,11 +465,11 @@ TEST_F(Resolve, AMissDoesNotAllocate) {
 // ------------------------------------------------------------------ request kinds
 
 TEST_F(Resolve, RequestKindsDecideWhetherKeysAreNeeded) {
-    const SegmentSpec no_keys = bare("ntp_peer_server");
-    const SegmentSpec wrong_key{"ntp_peer_server", Keys{{"nope", "1"}}};
+    const UriSegment no_keys = bare("ntp_peer_server");
+    const UriSegment wrong_key{"ntp_peer_server", Keys{{"nope", "1"}}};
     struct Case {
         uint32_t kind;
-        SegmentSpec segment;
+        UriSegment segment;
         int32_t code;
         size_t traversals;
     };
@@ -520,7 +520,7 @@ std::vector<uint32_t> new_sites(const std::vector<zan::plat::AllocSite>& before,
 }
 
 TEST_F(Resolve, OneKeyQueryFailures) {
-    const SegmentSpec good = seg("tbl_ntp_auth_key_eol");
+    const UriSegment good = seg("tbl_ntp_auth_key_eol");
     // The site tags of the two arrays, seen through the allocator's accounting.
     auto before = zan::plat::alloc_sites();
     ASSERT_EQ(run({good}), 1);
@@ -532,7 +532,7 @@ TEST_F(Resolve, OneKeyQueryFailures) {
 
     struct Case {
         std::function<void()> arm;
-        std::vector<SegmentSpec> segs;
+        std::vector<UriSegment> segs;
         int32_t code;
         std::string trace;
         uint32_t level;
@@ -614,8 +614,8 @@ TEST_F(Resolve, CompoundKeysTakeTheirPartsInAnyOrderFirstOccurrenceFirst) {
 }
 
 TEST_F(Resolve, CompoundKeyFailures) {
-    const SegmentSpec tv = seg("tbl_threat_visibility");
-    const SegmentSpec good{"tv_ip_export", Keys{{"vrf_name", "red"}, {"export_address", "10.0.0.1"},
+    const UriSegment tv = seg("tbl_threat_visibility");
+    const UriSegment good{"tv_ip_export", Keys{{"vrf_name", "red"}, {"export_address", "10.0.0.1"},
                                                 {"valid_port_number", "99"}}};
     auto before = zan::plat::alloc_sites();
     ASSERT_EQ(run({tv, good}), 1);
@@ -708,7 +708,7 @@ TEST_F(Resolve, SiteTagsAreTheUnitBaseOredWithTheRunningSiteNumber) {
     const char* child = "tbl_vrf_af_mdt_mldp_eol";
     const auto [ps, qs] = first[child];
     ASSERT_GT(ps, 1024u);
-    std::vector<SegmentSpec> segs;
+    std::vector<UriSegment> segs;
     for (const TableInfo* q : lineage(zan::db::table_info(child))) segs.push_back(seg(q));
     auto before = zan::plat::alloc_sites();
     ASSERT_EQ(run(segs), 1);
@@ -726,7 +726,7 @@ TEST_F(Resolve, SiteTagsAreTheUnitBaseOredWithTheRunningSiteNumber) {
 // ------------------------------------------------------------------ concurrency
 
 TEST_F(Resolve, RequestsWithTheirOwnObjectsRunAtOnce) {
-    const std::vector<SegmentSpec> segs = {seg("tbl_ci_vrf_eol"), seg("tbl_ci_vrf_afi_mode_eol"),
+    const std::vector<UriSegment> segs = {seg("tbl_ci_vrf_eol"), seg("tbl_ci_vrf_afi_mode_eol"),
                                            seg("tbl_ci_vrf_mode_rt_eol_b")};
     std::vector<std::thread> threads;
     std::vector<int> ok(4, 0);

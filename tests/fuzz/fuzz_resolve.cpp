@@ -35,12 +35,12 @@ const zan::db::Store& store() {
     return *r.store;
 }
 
-std::vector<zan::plat::SegmentSpec> segments_of(std::string_view text) {
-    std::vector<zan::plat::SegmentSpec> out;
+std::vector<zan::plat::UriSegment> segments_of(std::string_view text) {
+    std::vector<zan::plat::UriSegment> out;
     while (true) {
         const size_t slash = text.find('/');
         std::string_view seg = text.substr(0, slash);
-        zan::plat::SegmentSpec s;
+        zan::plat::UriSegment s;
         const size_t bar = seg.find('|');
         s.name = std::string(seg.substr(0, bar));
         if (bar != std::string_view::npos) {

@@ -65,7 +65,7 @@ enum : uint32_t {
 
 // One request to the registered dispatcher.
 struct Request {
-    std::vector<zan::plat::SegmentSpec> segments;   // segment 0 (the engine's own) is added
+    std::vector<zan::plat::UriSegment> segments;   // segment 0 (the engine's own) is added
     uint32_t kind = k_kind_read;
     bool with_pd_list = true;    // false: pd_list is NULL
     bool with_pdc_list = true;   // false: pdc_list is NULL
@@ -112,7 +112,7 @@ const zan::db::TableInfo* position_of(const zan::db::Row& row);
 // The segments that lead to a row, from the root: each segment of the row's own chain of
 // rows carries that row's key; segments above the chain (positions whose parent rows are
 // not linked) carry none.
-std::vector<zan::plat::SegmentSpec> row_segments(const zan::db::Row& row);
+std::vector<zan::plat::UriSegment> row_segments(const zan::db::Row& row);
 
 // "name=value" for each key part of a row (single and singleton keys: one).
 std::vector<std::pair<std::string, std::string>> row_key_parts(const zan::db::Row& row);

@@ -68,13 +68,13 @@ std::string format_mac(const Mac& mac);       // "aa:bb:cc:dd:ee:ff"
 // ---------------------------------------------------------------- data objects
 // Builders and readers for the engine and tests. Objects from these functions carry one
 // reference, released with the matching gx_do_*_deref.
-struct SegmentSpec {
+struct UriSegment {
     std::string name;
     std::optional<std::vector<std::pair<std::string, std::string>>> keys;  // nullopt: no key list
 };
 // Segment 0 (named "") is added in front. The path's text, which gx_do_vlist_add_mr_uri
 // adds as a Uri value, reads "/name[key=value,...]/name..." unless set otherwise.
-gx_do_uri* uri_new(const std::vector<SegmentSpec>& segments);
+gx_do_uri* uri_new(const std::vector<UriSegment>& segments);
 void uri_deref(gx_do_uri* uri);
 std::string uri_text(gx_do_uri* uri);
 void uri_set_text(gx_do_uri* uri, std::string_view text);
