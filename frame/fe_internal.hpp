@@ -60,8 +60,8 @@ using dispatcher_fn = int32_t (*)(rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ct
                                   uint64_t reserved, uint32_t request_kind, const void** table_vft_slot,
                                   uint32_t more_segments);
 
-// Offers one segment to the 23 dispatchers in chain order (the generated
-// zan::gen::k_dispatch_chain). Answers the first code other than k_pq_not_here, or
+// Offers one segment to the 23 dispatchers in chain order (generated with the chain, as
+// direct calls). Answers the first code other than k_pq_not_here, or
 // k_pq_not_here when the chain is exhausted.
 int32_t offer_segment(rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx, gx_do_uri_segment* segment,
                       gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params, uint32_t request_kind,

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 #include "fe_internal.hpp"
 
@@ -68,19 +69,24 @@ int32_t path_take(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, const char*
                   arbor_params_t* params, const void** table_vft_slot, const zan_field_vft* from);
 void path_list(const PathDesc& d, gx_do_nlist* pd_list);
 
-// Whether strncmp(a, b, n) == 0 (n >= 1): the first characters compared inline, the rest
-// by strncmp only when they agree. Names of one level share long prefixes, which a byte
-// loop would walk slower than the library does.
-inline bool same_bounded(const char* a, const char* b, uint32_t n) {
-    if (a[0] != b[0]) return false;
-    return a[0] == '\0' || std::strncmp(a + 1, b + 1, n - 1) == 0;
+// Whether strncmp(a, b, n) == 0 (n >= 1). The first four characters are compared inline
+// (with a constant `b` they are compares against immediates, and most misses end at the
+// first or second), the rest by strncmp: names of one level share long prefixes, which a
+// byte loop would walk slower than the library does.
+[[gnu::always_inline]] inline bool same_bounded(const char* a, const char* b, uint32_t n) {
+    constexpr uint32_t k_inline = 4;
+    for (uint32_t k = 0; k < k_inline && k < n; ++k) {
+        if (a[k] != b[k]) return false;
+        if (b[k] == '\0') return true;
+    }
+    return n <= k_inline || std::strncmp(a + k_inline, b + k_inline, n - k_inline) == 0;
 }
 
 // The path traverser: does this segment name my table? Inline in every generated entry
 // point, so that a miss costs the name fetch and one bounded compare (and one more against
 // "*" when candidates are being collected) and nothing else; nothing is allocated before a
 // match.
-inline int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_uri_segment* segment,
+[[gnu::always_inline]] inline int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_uri_segment* segment,
                              gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params,
                              const void** table_vft_slot) {
     // Tables below a parent read the cell on every call, matched or not.
@@ -171,14 +177,12 @@ int32_t compound_traverse(const CompoundDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id,
                           uint32_t more_segments);
 
 // ------------------------------------------------------------------ dispatchers
-using path_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, gx_do_uri_segment*, gx_do_nlist*, gx_do_nlist*, arbor_params_t*,
-                            const void**);
 using query_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_nvlist*, gx_do_nlist*, arbor_params_t*, uint32_t,
                              uint32_t);
 
+// What a dispatcher needs after a path traverser took the segment.
 struct ChainEntry {
-    path_fn path;
-    query_fn query;
+    query_fn query;                 // the same table's query traverser
     const char* label;              // P_<table>, in the not-found trace
 };
 
@@ -191,9 +195,51 @@ struct DispatchDesc {
     uint32_t msg;
 };
 
-int32_t dispatch(const DispatchDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx, gx_do_uri_segment* segment,
-                 gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params, uint32_t request_kind,
-                 const void** table_vft_slot, uint32_t more_segments);
+// The marker scan: takes every occurrence of the marker out of pdc_list and answers the
+// list the chain may fill (pd_list, or nullptr when the marker was not there).
+gx_do_nlist* open_gate(const DispatchDesc& d, gx_do_nlist* pd_list, gx_do_nlist* pdc_list);
+
+// After entry `at` took the segment: its query traverser, and the trace of what it answered
+// when that is not success.
+int32_t query_after(const DispatchDesc& d, uint32_t at, rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx,
+                    gx_do_uri_segment* segment, gx_do_nlist* gated, arbor_params_t* params, uint32_t request_kind,
+                    uint32_t more_segments);
+
+// The dispatcher: the marker scan, then the fall-through chain of path traversers in their
+// order. The chain is a compile-time list of constant descriptors, so every traverser's
+// compare is inlined here with its segment text as immediates: a miss is the name fetch,
+// a compare and a branch. The first traverser that answers anything but "not here" ends
+// the chain; a match goes on to the same table's query traverser.
+template <const DispatchDesc& D, const PathDesc* const* Paths, std::size_t... I>
+[[gnu::always_inline]] inline int32_t dispatch(std::index_sequence<I...>, rsl_ctx_t ctx, rsl_ctx_id_t id,
+                                               uint64_t gx_ctx, gx_do_uri_segment* segment, gx_do_nlist* pd_list,
+                                               gx_do_nlist* pdc_list, arbor_params_t* params, uint32_t request_kind,
+                                               const void** table_vft_slot, uint32_t more_segments) {
+    static_assert(sizeof...(I) == D.count, "one path traverser per chain entry");
+    gx_do_nlist* const gated = open_gate(D, pd_list, pdc_list);
+    int32_t path = k_pq_not_here;
+    uint32_t at = 0;
+    static_cast<void>(
+        (((path = path_traverse(*Paths[I], ctx, id, segment, gated, pdc_list, params, table_vft_slot)) !=
+              k_pq_not_here &&
+          (at = I, true)) ||
+         ...));
+    if (path != k_pq_taken) return path;
+    return query_after(D, at, ctx, id, gx_ctx, segment, gated, params, request_kind, more_segments);
+}
+
+// The segment loop's chain: the dispatchers in their order, as direct calls, until one
+// answers anything but "not here".
+template <dispatcher_fn... Dispatchers>
+inline int32_t offer(rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx, gx_do_uri_segment* segment,
+                     gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params, uint32_t request_kind,
+                     const void** table_vft_slot, uint32_t more_segments) {
+    int32_t code = k_pq_not_here;
+    static_cast<void>((((code = Dispatchers(ctx, id, gx_ctx, segment, pd_list, pdc_list, params, 0, request_kind,
+                                            table_vft_slot, more_segments)) != k_pq_not_here) ||
+                       ...));
+    return code;
+}
 
 // Descriptors are plain constant data, laid out once by the generator.
 static_assert(std::is_trivially_copyable_v<PathDesc> && std::is_standard_layout_v<PathDesc>);
@@ -204,8 +250,6 @@ static_assert(k_q1_messages == 12, "one-key query traversers own twelve messages
 }  // namespace zan::fe::resolve
 
 namespace zan::gen {
-// The message table of the unit, and the 23 dispatchers in chain order.
+// The message table of the unit.
 extern const lt_unit k_resolve_unit;
-extern const zan::fe::dispatcher_fn k_dispatch_chain[];
-extern const uint32_t k_dispatch_chain_len;
 }  // namespace zan::gen

@@ -1,21 +1,10 @@
 // The top dispatcher: walks the segments of a path and offers each to the chain of
-// dispatchers.
+// dispatchers (zan::fe::offer_segment, generated with the chain).
 #include "resolve.hpp"
 #include "trace.hpp"
 
 namespace {
 constexpr char k_root_marker[] = "ROOT";
-}
-
-int32_t zan::fe::offer_segment(rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx, gx_do_uri_segment* segment,
-                               gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params,
-                               uint32_t request_kind, const void** table_vft_slot, uint32_t more_segments) {
-    for (uint32_t i = 0; i < zan::gen::k_dispatch_chain_len; ++i) {
-        const int32_t code = zan::gen::k_dispatch_chain[i](ctx, id, gx_ctx, segment, pd_list, pdc_list, params, 0,
-                                                           request_kind, table_vft_slot, more_segments);
-        if (code != k_pq_not_here) return code;
-    }
-    return k_pq_not_here;
 }
 
 extern "C" ZAN_FE_EXPORT int32_t fe_zan_config_db_zan_config_db_context_path_query_dispatch(

@@ -454,33 +454,36 @@ Q_ARGS = ("rsl_ctx_t c, rsl_ctx_id_t i, uint64_t g, gx_do_nvlist* k, gx_do_nlist
           "uint32_t r, uint32_t m")
 
 
+def path_desc(cat, p, first):
+    """The constant descriptor of one path traverser (and its path-query LUID)."""
+    t = cat.positions[p.table]
+    pm, ps = first[("P", p.name)]
+    if p.shape == "child":
+        pt = p.parent.table
+        child = (f"{c_str(p.parent_row)}, table_{pt}_luid, {c_str(p.link_field)}, "
+                 f"&zan_{parent_row(cat, p)}_get_field_info")
+    else:
+        child = "nullptr, nullptr, nullptr, nullptr"
+    return [f"\n// {p.name}" + (f" (second entrance of {p.table})" if p.entrance_of else ""),
+            f"constexpr uint8_t pq_{p.name}[16] = {luid_bytes(p.pq)};",
+            f"constexpr PathDesc P_{p.name}{{{c_str(p.segment)}, {len(p.segment)}, {c_str(p.label_p)}, "
+            f"{c_str(p.marker)}, pq_{p.name}, table_{t.name}_luid, &{t.name}_table_field_vft, {child}, "
+            f"{pm}, {ps}, {SHAPE[p.shape]}}};"]
+
+
 def resolve_domain(cat, domain, positions, first):
-    out = [head(sources(cat, domain), f"Path and query traversers of the {domain} domain: {len(positions)} positions."),
+    out = [head(sources(cat, domain), f"Query traversers of the {domain} domain: {len(positions)} positions."),
            '#include "fe_resolve_imports.hpp"\n',
            f"namespace zan::gen::{domain} {{",
            "using namespace zan::fe::resolve;\n",
-           "// Path traversers: segment, its length, label, marker, path-query LUID, table LUID, table vector,",
-           "//   parent row field, parent table LUID, child link field, link field lookup,",
-           "//   first message, first site, shape",
            "// Query traversers: key name, key field string, table LUID, key field lookup,",
            "//   first message, first site"]
     shims = []
     for p in positions:
         t = cat.positions[p.table]
         key = t.key
-        pm, ps = first[("P", p.name)]
         qm, qs = first[("Q", p.name)]
         out.append(f"\n// {p.name}" + (f" (second entrance of {p.table})" if p.entrance_of else ""))
-        out.append(f"constexpr uint8_t pq_{p.name}[16] = {luid_bytes(p.pq)};")
-        if p.shape == "child":
-            pt = p.parent.table
-            child = (f"{c_str(p.parent_row)}, table_{pt}_luid, {c_str(p.link_field)}, "
-                     f"&zan_{parent_row(cat, p)}_get_field_info")
-        else:
-            child = "nullptr, nullptr, nullptr, nullptr"
-        out.append(f"constexpr PathDesc P_{p.name}{{{c_str(p.segment)}, {len(p.segment)}, {c_str(p.label_p)}, {c_str(p.marker)}, "
-                   f"pq_{p.name}, table_{t.name}_luid, &{t.name}_table_field_vft, {child}, "
-                   f"{pm}, {ps}, {SHAPE[p.shape]}}};")
         q = (f"{c_str(key.name)}, {c_str(key_field(cat, p))}, table_{t.name}_luid, &{t.name}_get_field, "
              f"{qm}, {qs}")
         if key.kind == "compound":
@@ -493,11 +496,8 @@ def resolve_domain(cat, domain, positions, first):
         else:
             out.append(f"constexpr QueryDesc Q_{p.name}{{{q}}};")
             qcall = "query_traverse"
-        ns = f"zan::gen::{domain}"
-        shims.append(f'extern "C" int32_t {path_fn(p)}({P_ARGS}) {{ '
-                     f'return zan::fe::resolve::path_traverse({ns}::P_{p.name}, c, i, s, pd, pdc, pa, v); }}')
         shims.append(f'extern "C" int32_t {query_fn(p)}({Q_ARGS}) {{ '
-                     f'return zan::fe::resolve::{qcall}({ns}::Q_{p.name}, c, i, g, k, pd, pa, r, m); }}')
+                     f'return zan::fe::resolve::{qcall}(zan::gen::{domain}::Q_{p.name}, c, i, g, k, pd, pa, r, m); }}')
     out.append(f"\n}}  // namespace zan::gen::{domain}\n")
     return "\n".join(out + shims) + "\n"
 
@@ -507,31 +507,46 @@ D_ARGS = ("rsl_ctx_t c, rsl_ctx_id_t i, uint64_t g, gx_do_uri_segment* s, gx_do_
 
 
 def resolve_chain(cat, first):
-    out = [head("schema/" + cat.dispatchers[0].loc.file,
-                f"The {len(cat.dispatchers)} dispatchers: each a marker and a chain of path and query traversers."),
+    """The path traversers and the dispatchers in one unit, so that each dispatcher's chain
+    inlines the compares of its traversers."""
+    out = [head("schema/*.zs",
+                f"The {len(cat.dispatchers)} dispatchers, each a marker and a chain, and the path traversers "
+                f"of all {len(cat.traversers())} positions."),
            '#include "fe_resolve_imports.hpp"\n',
            'extern "C" {']
     for d in cat.dispatchers:
         out.append(f"ZAN_FE_EXPORT int32_t {dispatch_fn(d)}({D_ARGS});")
     out.append("}\n")
     out.append("namespace zan::gen {\nusing namespace zan::fe::resolve;\n")
-    out.append("// Chains: path traverser, query traverser, label of the not-found trace")
+    out += ["// Path traversers: segment, its length, label, marker, path-query LUID, table LUID, table vector,",
+            "//   parent row field, parent table LUID, child link field, link field lookup,",
+            "//   first message, first site, shape"]
+    for p in cat.traversers():
+        out += path_desc(cat, p, first)
+    out.append("\n// Chains: the path traversers in order, then per entry its query traverser and label")
     for d in cat.dispatchers:
+        out.append(f"constexpr const PathDesc* paths_{d.marker}[] = {{")
+        out += [f"    &P_{p.name}," for p in d.chain]
+        out.append("};")
         out.append(f"constexpr ChainEntry chain_{d.marker}[] = {{")
-        for p in d.chain:
-            out.append(f"    {{&{path_fn(p)}, &{query_fn(p)}, {c_str(p.label_p)}}},")
+        out += [f"    {{&{query_fn(p)}, {c_str(p.label_p)}}}," for p in d.chain]
         out.append("};")
         out.append(f"constexpr DispatchDesc D_{d.marker}{{{c_str(d.marker)}, {len(d.marker)}, chain_{d.marker}, "
                    f"{len(d.chain)}, {first[('D', d.marker)]} /* first message */}};\n")
-    out.append("// The order in which the segment loop asks the dispatchers.")
-    out.append("extern const zan::fe::dispatcher_fn k_dispatch_chain[] = {")
-    out += [f"    &{dispatch_fn(d)}," for d in cat.dispatchers]
-    out.append("};")
-    out.append(f"extern const uint32_t k_dispatch_chain_len = {len(cat.dispatchers)};\n")
     out.append("}  // namespace zan::gen\n")
+    for p in cat.traversers():
+        out.append(f'extern "C" int32_t {path_fn(p)}({P_ARGS}) {{ '
+                   f'return zan::fe::resolve::path_traverse(zan::gen::P_{p.name}, c, i, s, pd, pdc, pa, v); }}')
     for d in cat.dispatchers:
         out.append(f'extern "C" int32_t {dispatch_fn(d)}({D_ARGS}) {{ '
-                   f'return zan::fe::resolve::dispatch(zan::gen::D_{d.marker}, c, i, g, s, pd, pdc, pa, r, v, m); }}')
+                   f'return zan::fe::resolve::dispatch<zan::gen::D_{d.marker}, zan::gen::paths_{d.marker}>('
+                   f'std::make_index_sequence<{len(d.chain)}>{{}}, c, i, g, s, pd, pdc, pa, r, v, m); }}')
+    out.append("\n// The order in which the segment loop asks the dispatchers.")
+    out.append("int32_t zan::fe::offer_segment(rsl_ctx_t c, rsl_ctx_id_t i, uint64_t g, gx_do_uri_segment* s, "
+               "gx_do_nlist* pd, gx_do_nlist* pdc, arbor_params_t* pa, uint32_t r, const void** v, uint32_t m) {")
+    out.append("    return zan::fe::resolve::offer<")
+    out.append(",\n".join(f"        &{dispatch_fn(d)}" for d in cat.dispatchers) + ">(c, i, g, s, pd, pdc, pa, r, v, m);")
+    out.append("}")
     return "\n".join(out) + "\n"
 
 

@@ -1,6 +1,9 @@
 // The accounting allocator: every block carries a small header naming its site record, so
 // that live and total counts are kept per site tag and type name. Failures can be injected
-// by position (the n-th attempt from now) or by site tag.
+// by position (the n-th attempt from now) or by site tag. Freed blocks of up to 256 bytes
+// wait in a per-thread list of their size class for the next allocation of that class:
+// a request makes and drops a handful of small traversal objects, and the lists spare
+// each of them a malloc and a free.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -24,12 +27,13 @@ struct Site {
     std::atomic<long> live{0};
 };
 
-constexpr uint64_t k_magic_live = 0x7a616e6c6976650aULL;
-constexpr uint64_t k_magic_freed = 0x7a616e6672656564ULL;
+constexpr uint32_t k_magic_live = 0x7a616e6cu;
+constexpr uint32_t k_magic_freed = 0x7a616e66u;
 
 struct alignas(16) Header {
     Site* site;
-    uint64_t magic;
+    uint32_t magic;
+    uint32_t size_class;        // k_classes: not kept for reuse
 };
 static_assert(sizeof(Header) == 16, "the header keeps the 16-byte alignment of malloc");
 
@@ -56,17 +60,60 @@ struct CacheEntry {
     Site* site;
 };
 constexpr unsigned k_cache = 64;
-thread_local CacheEntry t_cache[k_cache];
+constinit thread_local CacheEntry t_cache[k_cache] __attribute__((tls_model("initial-exec"))) = {};
+
+// Size classes of 16 bytes up to 256. The sanitizer builds do without the lists, so that
+// a use after free still shows.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool k_reuse = false;
+#else
+constexpr bool k_reuse = true;
+#endif
+constexpr uint32_t k_classes = 16;
+constexpr uint32_t k_class_bytes = 16;
+constexpr uint16_t k_keep = 32;     // blocks a thread keeps per class
+
+struct FreeBlock {
+    FreeBlock* next;
+};
+enum class ReuseState : uint8_t { unused, open, closed };
+struct ReuseLists {
+    FreeBlock* head[k_classes];
+    uint16_t count[k_classes];
+    ReuseState state;
+};
+constinit thread_local ReuseLists t_reuse __attribute__((tls_model("initial-exec"))) = {};
+
+// Gives the kept blocks back when the thread ends; frees after that go straight to free().
+void drain_reuse() {
+    t_reuse.state = ReuseState::closed;
+    for (uint32_t c = 0; c < k_classes; ++c) {
+        while (FreeBlock* b = t_reuse.head[c]) {
+            t_reuse.head[c] = b->next;
+            std::free(reinterpret_cast<Header*>(b) - 1);
+        }
+        t_reuse.count[c] = 0;
+    }
+}
+struct ReuseDrain {
+    ~ReuseDrain() { drain_reuse(); }
+};
+void open_reuse() {
+    static thread_local ReuseDrain drain;   // constructed on the thread's first keep only
+    static_cast<void>(&drain);
+    t_reuse.state = ReuseState::open;
+}
+
+uint32_t size_class(std::size_t size) {
+    return size <= k_classes * k_class_bytes ? (size == 0 ? 0 : uint32_t((size - 1) / k_class_bytes)) : k_classes;
+}
 
 // Initial-exec like the counters (four bytes of static TLS): set before every traversal
 // object the front end makes, so each access is one offset from the thread pointer.
 constinit thread_local uint32_t t_pending_tag __attribute__((tls_model("initial-exec"))) = 0;
 
-Site* find_site(uint32_t tag, const char* type) {
-    if (!type) type = "";
-    CacheEntry& e = t_cache[(tag * 2654435761u ^ uint32_t(reinterpret_cast<uintptr_t>(type) >> 3)) % k_cache];
-    if (e.site && e.tag == tag && e.type == type && e.site->type == type) [[likely]]
-        return e.site;
+// The first allocation of a (tag, type) pair on a thread: the site record under the lock.
+[[gnu::noinline]] Site* find_site_slow(uint32_t tag, const char* type, CacheEntry& e) {
     AllocState& s = state();
     std::lock_guard lock(s.m);
     auto key = std::make_pair(tag, std::string(type));
@@ -80,6 +127,16 @@ Site* find_site(uint32_t tag, const char* type) {
     }
     e = CacheEntry{tag, type, it->second.get()};
     return e.site;
+}
+
+// The cache is keyed by the type name's address; the text is compared as well, since a
+// caller's buffer may hold another name at the same address later.
+inline Site* find_site(uint32_t tag, const char* type) {
+    if (!type) type = "";
+    CacheEntry& e = t_cache[(tag * 2654435761u ^ uint32_t(reinterpret_cast<uintptr_t>(type) >> 3)) % k_cache];
+    if (e.site && e.tag == tag && e.type == type && std::strcmp(e.site->type.c_str(), type) == 0) [[likely]]
+        return e.site;
+    return find_site_slow(tag, type, e);
 }
 
 bool injected_failure(uint32_t tag) {
@@ -96,13 +153,26 @@ void* allocate(uint32_t tag, const char* type, std::size_t size) {
     site->attempts.fetch_add(1, std::memory_order_relaxed);
     Header* h = nullptr;
     bool injected = g_alloc_armed.load(std::memory_order_relaxed) && injected_failure(tag);
-    if (!injected && size <= SIZE_MAX - sizeof(Header)) h = static_cast<Header*>(std::malloc(sizeof(Header) + size));
+    const uint32_t cls = k_reuse ? size_class(size) : k_classes;
+    if (injected) {
+    } else if (cls < k_classes) {
+        if (FreeBlock* b = t_reuse.head[cls]) {
+            t_reuse.head[cls] = b->next;
+            --t_reuse.count[cls];
+            h = reinterpret_cast<Header*>(b) - 1;
+        } else {
+            h = static_cast<Header*>(std::malloc(sizeof(Header) + (cls + 1) * k_class_bytes));
+        }
+    } else if (size <= SIZE_MAX - sizeof(Header)) {
+        h = static_cast<Header*>(std::malloc(sizeof(Header) + size));
+    }
     if (!h) {
         site->failed.fetch_add(1, std::memory_order_relaxed);
         return nullptr;
     }
     h->site = site;
     h->magic = k_magic_live;
+    h->size_class = cls;
     site->live.fetch_add(1, std::memory_order_relaxed);
     return h + 1;
 }
@@ -150,6 +220,15 @@ void __tallow_free(void* p) {
     }
     h->magic = k_magic_freed;
     h->site->live.fetch_sub(1, std::memory_order_relaxed);
+    const uint32_t cls = h->size_class;
+    if (cls < k_classes && t_reuse.state != ReuseState::closed && t_reuse.count[cls] < k_keep) {
+        if (t_reuse.state == ReuseState::unused) open_reuse();
+        auto* b = reinterpret_cast<FreeBlock*>(p);
+        b->next = t_reuse.head[cls];
+        t_reuse.head[cls] = b;
+        ++t_reuse.count[cls];
+        return;
+    }
     std::free(h);
 }
 

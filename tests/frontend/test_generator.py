@@ -173,16 +173,19 @@ class Resolution(unittest.TestCase):
                                                      " Arbor encountered RSL error : %u"])
 
     def test_second_entrance_uses_its_tables_identifiers_and_key_but_its_own_segment_and_link(self):
-        text = self.files["fe_resolve_dom.cpp"]
-        self.assertRegex(text, r'P_tbl_kid_b\{"kid_again", 9, "P_tbl_kid_b", "inst_tbl_kid", pq_tbl_kid_b, table_tbl_kid_luid, '
+        self.assertRegex(self.files["fe_resolve_chain.cpp"], r'P_tbl_kid_b\{"kid_again", 9, "P_tbl_kid_b", "inst_tbl_kid", pq_tbl_kid_b, table_tbl_kid_luid, '
                                r'&tbl_kid_table_field_vft, "top", table_tbl_top_luid, "top_special", &zan_top_get_field_info')
+        text = self.files["fe_resolve_dom.cpp"]
         self.assertIn('Q_tbl_kid_b{"singleton_id", "key kid_singleton_id", table_tbl_kid_luid, &tbl_kid_get_field', text)
         self.assertIn('{"a", type_int32_luid, &pair_key_a_set, &int32_destroy}, {"b", type_ip_address_luid', text)
 
     def test_dispatchers_are_named_by_marker_and_walk_their_chain_in_order(self):
         text = self.files["fe_resolve_chain.cpp"]
+        paths = re.search(r"paths_inst_tbl_top\[\] = \{(.*?)\};", text, re.S).group(1)
+        self.assertEqual(re.findall(r"&P_(\w+),", paths), ["tbl_kid", "tbl_kid_b"])
         chain = re.search(r"chain_inst_tbl_top\[\] = \{(.*?)\};", text, re.S).group(1)
-        self.assertLess(chain.index("P_tbl_kid_fe"), chain.index("P_tbl_kid_b_fe"))
+        self.assertLess(chain.index("Q_tbl_kid_fe"), chain.index("Q_tbl_kid_b_fe"))
+        self.assertIn("dispatch<zan::gen::D_inst_tbl_top, zan::gen::paths_inst_tbl_top>(std::make_index_sequence<2>{}", text)
         self.assertIn('D_inst_tbl_top{"inst_tbl_top", 12, chain_inst_tbl_top, 2, 7 /* first message */}', text)
 
 
