@@ -13,6 +13,27 @@ namespace {
 
 constexpr size_t k_name_max = 256;
 constexpr size_t k_buffer_size = k_name_max + 1;
+
+// Appends a field text behind the prefix. The buffer ends at len whenever a field is named:
+// the prefix was copied there, or a byte store cut the previous name back to it. So the
+// text goes straight to len, with its terminator, cut to the room that is left as a bounded
+// append would cut it (the room was checked before every field but an unchecked first one).
+// The copy is in 16-byte moves, the last one overlapping, since a string move's start-up
+// cost would outweigh texts of a few dozen characters.
+inline void append_text(char* buffer, size_t len, const char* text, size_t n) {
+    if (n > k_name_max - len) n = k_name_max - len;
+    char* to = buffer + len;
+    if (n >= 16) {
+        for (size_t i = 0; i + 16 < n; i += 16) std::memcpy(to + i, text + i, 16);
+        std::memcpy(to + n - 16, text + n - 16, 16);
+    } else if (n >= 8) {
+        std::memcpy(to, text, 8);
+        std::memcpy(to + n - 8, text + n - 8, 8);
+    } else {
+        for (size_t i = 0; i < n; ++i) to[i] = text[i];
+    }
+    to[n] = 0;
+}
 constexpr int32_t k_fail = 3;
 constexpr int32_t k_no_memory = 10002;
 
@@ -126,7 +147,7 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
             const uint32_t selected = f.value(ctx, id, obj, err);
             if (*err != 0) continue;
             if (k_name_max - len < f.len) return k_fail;
-            __strcat_to_buf(k_buffer_size, buffer, f.text);
+            append_text(buffer, len, f.text, f.len);
             int32_t status;
             if (selected == f.arm) {
                 status = f.nested(ctx, id, buffer, props, f.get.one(ctx, id, obj, err),
@@ -161,13 +182,13 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
                 std::memset(chars, 0, n + 1);
                 get(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
                 if (k_name_max - len < f.len) return k_fail;
-                __strcat_to_buf(k_buffer_size, buffer, f.text);
+                append_text(buffer, len, f.text, f.len);
                 status = var_string_to_properties(ctx, id, buffer, props, dflt, present, chars, err);
             } else {
                 char chars[10] = {};
                 get(ctx, id, obj, chars, sizeof chars, err);
                 if (k_name_max - len < f.len) return k_fail;
-                __strcat_to_buf(k_buffer_size, buffer, f.text);
+                append_text(buffer, len, f.text, f.len);
                 status = var_string_to_properties(ctx, id, buffer, props, dflt, present, chars, err);
             }
             if (status != 0) {
@@ -179,7 +200,7 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
         }
         if (!is_array && *err != 0) continue;
         if (k_name_max - len < f.len) return k_fail;
-        __strcat_to_buf(k_buffer_size, buffer, f.text);
+        append_text(buffer, len, f.text, f.len);
         int32_t status;
         switch (f.kind) {
         case Kind::nested:
@@ -238,12 +259,13 @@ int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix
     std::memset(buffer, 0, sizeof buffer);
     const auto default_variant = static_cast<int8_t>(zan_config_defaults_default_get_variant(ctx));
     if (*err != 0) return 0;
-    if (std::strlen(prefix) > k_name_max) {
+    const size_t prefix_len = std::strlen(prefix);
+    if (prefix_len > k_name_max) {
         __LTf_15(&k_unit, t.msg_name_long, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG, prefix, k_name_max);
         return k_fail;
     }
     __strcat_to_buf(k_buffer_size, buffer, prefix);
-    const size_t len = std::strlen(buffer);
+    const size_t len = prefix_len;   // the whole prefix fitted
 
     const int8_t variant = t.reads_variant ? record_variant(&k_unit, t.msg_variant, obj) : 0;
 
@@ -268,9 +290,9 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* p
             if (t.count == 0) return 0;
             check_first = false;
         } else {
-            if (std::strlen(prefix) > k_name_max) return k_fail;
+            len = std::strlen(prefix);
+            if (len > k_name_max) return k_fail;
             __strcat_to_buf(k_buffer_size, buffer, prefix);
-            len = std::strlen(buffer);
         }
     } else {
         if (prefix == nullptr || err == nullptr) {
@@ -278,9 +300,9 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* p
             return k_fail;
         }
         if (*err != 0) return 0;
-        if (std::strlen(prefix) > k_name_max) return k_fail;
+        len = std::strlen(prefix);
+        if (len > k_name_max) return k_fail;
         __strcat_to_buf(k_buffer_size, buffer, prefix);
-        len = std::strlen(buffer);
     }
     (void)ctx;
     (void)id;
@@ -289,7 +311,7 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* p
         if (*err != 0) return 0;
         if ((check_first || !first) && k_name_max - len < f.len) return k_fail;
         first = false;
-        __strcat_to_buf(k_buffer_size, buffer, f.text);
+        append_text(buffer, len, f.text, f.len);
         if (f.kind == Kind::nested || f.kind == Kind::arm) {
             const int32_t status = f.nested_null(nullptr, 0, buffer, props, err);
             if (status != 0) {

@@ -38,7 +38,7 @@ std::optional<Value> read(const void* handle, std::string_view leaf, uint32_t* e
     return v;
 }
 
-int32_t set(const char* name, gx_do_properties* props, Value v) {
+int32_t set(const char* name, gx_do_properties* props, Value&& v) {
     if (!name) return k_einval;
     return zan::plat::properties_set(props, name, std::move(v));
 }

@@ -56,14 +56,15 @@ struct gx_do_uri {
 // costs no quadratic scan. Names are copied once into the object's arena.
 struct gx_do_properties {
     struct Item {
-        Item(std::string_view n, Value&& v) : name(n), value(std::move(v)) {}
+        Item(std::string_view n, uint32_t h) : name(n), hash(h) {}
+        Item(std::string_view n, uint32_t h, Value&& v) : name(n), hash(h), value(std::move(v)) {}
         std::string_view name;
+        uint32_t hash;
         Value value;
     };
 
     int32_t refs = 1;
     std::vector<Item> items;
-    std::vector<uint32_t> hashes;   // per item
     std::vector<uint32_t> slots;    // item number + 1, 0 free; empty while items are few
     NameArena<4096> names;
 
@@ -95,20 +96,20 @@ struct gx_do_properties {
     long find(std::string_view name, uint32_t h) const {
         if (slots.empty()) {
             for (size_t i = 0; i < items.size(); ++i)
-                if (hashes[i] == h && items[i].name == name) return long(i);
+                if (items[i].hash == h && items[i].name == name) return long(i);
             return -1;
         }
         size_t mask = slots.size() - 1;
         for (size_t p = h & mask;; p = (p + 1) & mask) {
             uint32_t s = slots[p];
             if (!s) return -1;
-            if (hashes[s - 1] == h && items[s - 1].name == name) return long(s - 1);
+            if (items[s - 1].hash == h && items[s - 1].name == name) return long(s - 1);
         }
     }
 
     void place(uint32_t i) {
         size_t mask = slots.size() - 1;
-        size_t p = hashes[i] & mask;
+        size_t p = items[i].hash & mask;
         while (slots[p]) p = (p + 1) & mask;
         slots[p] = i + 1;
     }
@@ -120,19 +121,35 @@ struct gx_do_properties {
         for (uint32_t i = 0; i < items.size(); ++i) place(i);
     }
 
-    void set(std::string_view name, Value&& v) {
-        uint32_t h = hash(name);
-        long i = find(name, h);
-        if (i >= 0) {
-            items[size_t(i)].value = std::move(v);   // in place: the order stays
-            return;
-        }
-        items.emplace_back(names.keep(name), std::move(v));
-        hashes.push_back(h);
+    // After an item was added at the end.
+    void index_last() {
         if (slots.empty() ? items.size() > k_linear : items.size() * 2 > slots.size())
             reindex();
         else if (!slots.empty())
             place(uint32_t(items.size() - 1));
+    }
+
+    // A name set again keeps its place in the order and takes the new value.
+    void set(std::string_view name, Value&& v) {
+        const uint32_t h = hash(name);
+        const long i = find(name, h);
+        if (i >= 0) {
+            items[size_t(i)].value = std::move(v);
+            return;
+        }
+        items.emplace_back(names.keep(name), h, std::move(v));
+        index_last();
+    }
+
+    void set_null(std::string_view name) {
+        const uint32_t h = hash(name);
+        const long i = find(name, h);
+        if (i >= 0) {
+            items[size_t(i)].value = Value{};
+            return;
+        }
+        items.emplace_back(names.keep(name), h);
+        index_last();
     }
 };
 
@@ -359,7 +376,7 @@ gx_do_value* gx_do_nvlist_item_get_value(gx_do_nvlist_item* item) {
 // ------------------------------------------------------------------ properties
 int32_t gx_do_properties_set_null(gx_do_properties* props, const char* name) {
     if (!props || !name || hit(fp_properties_set_null)) return -1;
-    props->set(name, Value{});
+    props->set_null(name);
     return 0;
 }
 
@@ -465,7 +482,6 @@ gx_do_properties* properties_new() {
     auto* p = new gx_do_properties;
     count(c_live_properties);
     p->items.reserve(64);
-    p->hashes.reserve(64);
     return p;
 }
 
@@ -485,7 +501,7 @@ const Value* properties_get(gx_do_properties* props, std::string_view name) {
     return i < 0 ? nullptr : &props->items[size_t(i)].value;
 }
 
-int32_t properties_set(gx_do_properties* props, std::string_view name, Value v) {
+int32_t properties_set(gx_do_properties* props, std::string_view name, Value&& v) {
     if (!props || hit(fp_properties_set_value)) return -1;
     props->set(name, std::move(v));
     return 0;

@@ -55,7 +55,8 @@ int32_t strcat_s(char* dest, size_t room, const char* src) {
         dest[0] = '\0';
         return es_unterminated;
     }
-    size_t n = std::strlen(src);
+    // Only whether the text fits matters: it is measured no further than the room.
+    size_t n = strnlen(src, room - used);
     if (n >= room - used) {
         dest[0] = '\0';
         return es_no_space;

@@ -52,8 +52,10 @@ struct arbor_ntlist {
         std::string_view name;
         uint32_t code;
     };
+    // A table has seven columns on average and the largest 395: the first names fit in the
+    // object, which stays small enough for the allocator's per-thread cache; more grow.
     std::vector<Entry> entries;
-    zan::plat::detail::NameArena<8192> names;
+    zan::plat::detail::NameArena<512> names;
     std::vector<zan::plat::NtEntry> view;   // what ntlist_entries last answered
 };
 
@@ -316,7 +318,7 @@ long live_traversals() { return counter_sum(c_live_traversals); }
 
 arbor_ntlist* ntlist_new() {
     auto* l = new arbor_ntlist;
-    l->entries.reserve(64);
+    l->entries.reserve(16);
     return l;
 }
 

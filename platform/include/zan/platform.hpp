@@ -95,7 +95,7 @@ NameValueList nvlist_items(gx_do_nvlist* list);
 // ("gx_do_vlist_add_value", "gx_do_nvlist_add_value", "gx_do_properties_set_value").
 int32_t vlist_add(gx_do_vlist* list, Value v);                          // new length; -1 on failure
 int32_t nvlist_add(gx_do_nvlist* list, std::string_view name, Value v);  // new length; -1 on failure
-int32_t properties_set(gx_do_properties* props, std::string_view name, Value v);   // 0; -1 on failure
+int32_t properties_set(gx_do_properties* props, std::string_view name, Value&& v);   // 0; -1 on failure
 // The value behind a gx_do_value reference (a key's value, an nvlist item's value). Key
 // values of a uri_new path are std::string values with an empty leaf word.
 const Value* value_get(const gx_do_value* value);
