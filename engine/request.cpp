@@ -103,25 +103,18 @@ Walk walk(const zan::db::Store& store, const std::vector<zan::plat::TraversalVie
     bool started = false;
     for (size_t i = 0; i < traversals.size(); ++i) {
         const auto& t = traversals[i];
-        const std::string step = "traversal " + std::to_string(i + 1);
+        auto stop = [&](const char* why) {
+            w.error = "traversal " + std::to_string(i + 1) + ": " + why;
+            w.rows.clear();
+            return w;
+        };
         const zan::db::TableInfo* table = zan::db::find_luid(t.deref_table.type_luid).table;
-        if (!t.pq_set) {
-            w.error = step + ": pq is not set";
-            w.rows.clear();
-            return w;
-        }
-        if (table == nullptr || !t.deref_table.luid_set) {
-            w.error = step + ": deref_table names no table";
-            w.rows.clear();
-            return w;
-        }
+        if (!t.pq_set) return stop("pq is not set");
+        if (table == nullptr || !t.deref_table.luid_set) return stop("deref_table names no table");
         if (t.pq == 1) {
-            if (!started || table->table != w.table->table) {
-                w.error = step + ": query step without a path step of its table";
-                w.rows.clear();
-                return w;
-            }
-            const std::vector<uint8_t> key = t.key_data.value_or(std::vector<uint8_t>{});
+            if (!started || table->table != w.table->table) return stop("query step without a path step of its table");
+            static const std::vector<uint8_t> no_key;
+            const std::vector<uint8_t>& key = t.key_data ? *t.key_data : no_key;
             std::erase_if(w.rows, [&](const zan::db::Row* row) { return zan::db::row_key(*row) != key; });
             continue;
         }
@@ -129,14 +122,20 @@ Walk walk(const zan::db::Store& store, const std::vector<zan::plat::TraversalVie
         std::vector<const zan::db::Row*> next;
         const auto& parent_id = t.id_vec[0];
         if (parent_id && parent_id->luid_set) {
-            if (!started || !same_luid(parent_id->type_luid, w.table->luid)) {
-                w.error = step + ": parent table is not the table of the step before";
-                w.rows.clear();
-                return w;
+            if (!started || !same_luid(parent_id->type_luid, w.table->luid))
+                return stop("parent table is not the table of the step before");
+            // Keys narrow a path to one row, or a few: a scan of them beats hashing them.
+            const auto is_parent = [&](const zan::db::Row* p) {
+                return std::find(w.rows.begin(), w.rows.end(), p) != w.rows.end();
+            };
+            if (w.rows.size() <= 8) {
+                for (const zan::db::Row* row : store.rows(*table))
+                    if (is_parent(zan::db::parent_of(*row))) next.push_back(row);
+            } else {
+                const std::unordered_set<const zan::db::Row*> parents(w.rows.begin(), w.rows.end());
+                for (const zan::db::Row* row : store.rows(*table))
+                    if (parents.count(zan::db::parent_of(*row))) next.push_back(row);
             }
-            const std::unordered_set<const zan::db::Row*> parents(w.rows.begin(), w.rows.end());
-            for (const zan::db::Row* row : store.rows(*table))
-                if (parents.count(zan::db::parent_of(*row))) next.push_back(row);
         } else {
             // A table without a parent link: all its rows.
             const auto rows = store.rows(*table);

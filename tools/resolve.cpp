@@ -126,7 +126,7 @@ void cmd_resolve(Session& s, const Invocation& inv) {
         o += "traversal " + std::to_string(i + 1) + ": pq=" + std::to_string(t.pq);
         if (t.pq_luid) {
             const auto* pos = zan::db::position_by_pq(t.pq_luid->data());
-            o += " pq_luid=" + hex(*t.pq_luid) + " (" + (pos ? std::string(pos->name) : "?") + ")";
+            o += " pq_luid=" + hex(t.pq_luid->data(), t.pq_luid->size()) + " (" + (pos ? std::string(pos->name) : "?") + ")";
         }
         o += " deref_table=" + hex(t.deref_table.type_luid, 16) + " (" + luid_name(t.deref_table.type_luid) + ")";
         for (int k = 0; k < 2; ++k) {
@@ -134,7 +134,7 @@ void cmd_resolve(Session& s, const Invocation& inv) {
             o += " arbor_id_vec[" + std::to_string(k) + "]=" + hex(t.id_vec[k]->type_luid, 16) + "/" +
                  std::to_string(t.id_vec[k]->field_id) + " (" + luid_name(t.id_vec[k]->type_luid) + ")";
         }
-        if (t.key_luid) o += " key_luid=" + hex(*t.key_luid) + " (" + luid_name(t.key_luid->data()) + ")";
+        if (t.key_luid) o += " key_luid=" + hex(t.key_luid->data(), t.key_luid->size()) + " (" + luid_name(t.key_luid->data()) + ")";
         if (t.key_field_id) o += " key_field_id=" + std::to_string(*t.key_field_id);
         if (t.key_data) o += " key_data=" + hex(*t.key_data);
         o += '\n';

@@ -59,7 +59,7 @@ struct CacheEntry {
     const char* type;
     Site* site;
 };
-constexpr unsigned k_cache = 64;
+constexpr unsigned k_cache = 256;   // a request uses a few dozen (tag, type) pairs
 constinit thread_local CacheEntry t_cache[k_cache] __attribute__((tls_model("initial-exec"))) = {};
 
 // Size classes of 16 bytes up to 256. The sanitizer builds do without the lists, so that

@@ -302,11 +302,11 @@ std::vector<TraversalView> params_traversals(arbor_params_t* params) {
         TraversalView v;
         v.pq = t->pq;
         v.pq_set = t->pq_set;
-        if (t->has_pq_luid) v.pq_luid.emplace(t->pq_luid, t->pq_luid + ZAN_LUID_LEN);
+        if (t->has_pq_luid) std::memcpy(v.pq_luid.emplace().data(), t->pq_luid, ZAN_LUID_LEN);
         v.deref_table = t->deref_table.v;
         for (int i = 0; i < 2; ++i)
             if (t->id_vec[i]) v.id_vec[i] = t->id_vec[i]->v;
-        if (t->has_key_luid) v.key_luid.emplace(t->key_luid, t->key_luid + ZAN_LUID_LEN);
+        if (t->has_key_luid) std::memcpy(v.key_luid.emplace().data(), t->key_luid, ZAN_LUID_LEN);
         if (t->has_key_field_id) v.key_field_id = t->key_field_id;
         if (t->has_key_data) v.key_data = t->key_data;
         out.push_back(std::move(v));

@@ -186,7 +186,8 @@ TEST_F(Resolve, EveryPositionResolvesByItsFullPathWithKeys) {
             const auto& path = t[2 * i];
             const auto& query = t[2 * i + 1];
             EXPECT_EQ(path.pq, 0u);
-            EXPECT_EQ(path.pq_luid, std::optional(std::vector<uint8_t>(q->pq, q->pq + 16)));
+            ASSERT_TRUE(path.pq_luid.has_value());
+            EXPECT_EQ(bytes16(path.pq_luid->data()), bytes16(q->pq));
             EXPECT_EQ(bytes16(path.deref_table.type_luid), bytes16(q->luid));
             if (is_child(q)) {
                 const Field row = lookup(q->parent->table->vft, q->parent->name.substr(4));
@@ -207,7 +208,7 @@ TEST_F(Resolve, EveryPositionResolvesByItsFullPathWithKeys) {
             EXPECT_FALSE(query.pq_luid.has_value());
             EXPECT_EQ(bytes16(query.deref_table.type_luid), bytes16(q->luid));
             ASSERT_TRUE(query.key_luid.has_value());
-            EXPECT_EQ(*query.key_luid, bytes16(q->key_luid));
+            EXPECT_EQ(bytes16(query.key_luid->data()), bytes16(q->key_luid));
             EXPECT_EQ(query.key_field_id, std::optional(q->key_field_id));
             EXPECT_EQ(query.key_data, std::optional(stored_key(q, keys_of(q))));
         }

@@ -1,4 +1,5 @@
 // Traversal objects, requests, column lists and registration.
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -12,8 +13,8 @@ namespace {
 
 rsl_ctx_t const ctx = nullptr;
 
-std::vector<uint8_t> luid(uint8_t seed) {
-    std::vector<uint8_t> l(16);
+std::array<uint8_t, 16> luid(uint8_t seed) {
+    std::array<uint8_t, 16> l{};
     for (uint8_t i = 0; i < 16; ++i) l[i] = uint8_t(seed + i);
     return l;
 }
@@ -46,9 +47,9 @@ TEST_F(Traversal, PathStepAsAChildTraverserBuildsIt) {
     EXPECT_TRUE(v.pq_set);
     EXPECT_EQ(v.pq, 0u);
     EXPECT_EQ(v.pq_luid, pq);
-    EXPECT_EQ(std::vector<uint8_t>(v.deref_table.type_luid, v.deref_table.type_luid + 16), table);
+    EXPECT_TRUE(std::equal(table.begin(), table.end(), v.deref_table.type_luid));
     ASSERT_TRUE(v.id_vec[0]);
-    EXPECT_EQ(std::vector<uint8_t>(v.id_vec[0]->type_luid, v.id_vec[0]->type_luid + 16), parent);
+    EXPECT_TRUE(std::equal(parent.begin(), parent.end(), v.id_vec[0]->type_luid));
     EXPECT_EQ(v.id_vec[0]->field_id, 7u);
     EXPECT_FALSE(v.id_vec[1]);
     EXPECT_FALSE(v.key_luid);

@@ -3,6 +3,7 @@
 // break those services. Nothing in the front-end library includes this header.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -117,10 +118,10 @@ struct ArborId {
 struct TraversalView {
     uint32_t pq = 0;
     bool pq_set = false;
-    std::optional<std::vector<uint8_t>> pq_luid;
+    std::optional<std::array<uint8_t, ZAN_LUID_LEN>> pq_luid;
     ArborId deref_table;
     std::optional<ArborId> id_vec[2];
-    std::optional<std::vector<uint8_t>> key_luid;
+    std::optional<std::array<uint8_t, ZAN_LUID_LEN>> key_luid;
     std::optional<uint32_t> key_field_id;
     std::optional<std::vector<uint8_t>> key_data;
 };
