@@ -29,8 +29,13 @@ inline void append_text(char* buffer, size_t len, const char* text, size_t n) {
     } else if (n >= 8) {
         std::memcpy(to, text, 8);
         std::memcpy(to + n - 8, text + n - 8, 8);
-    } else {
-        for (size_t i = 0; i < n; ++i) to[i] = text[i];
+    } else if (n >= 4) {
+        std::memcpy(to, text, 4);
+        std::memcpy(to + n - 4, text + n - 4, 4);
+    } else if (n > 0) {
+        to[0] = text[0];
+        to[n / 2] = text[n / 2];
+        to[n - 1] = text[n - 1];
     }
     to[n] = 0;
 }

@@ -16,7 +16,8 @@ gx_do_nlist* open_gate(const DispatchDesc& d, gx_do_nlist* pd_list, gx_do_nlist*
          name = gx_do_nlist_get_name(pdc_list, index)) {
         const char* text = gx_do_name_get_strname(name);
         if (text == nullptr) break;
-        if (same_bounded(text, d.marker, d.marker_len + 1)) {
+        // Markers share the prefix "inst_tbl_": the library compare, without an inline start.
+        if (std::strncmp(text, d.marker, d.marker_len + 1) == 0) {
             trace(d.msg, LT_LEVEL_DEBUG, d.marker);
             gx_do_nlist_remove(pdc_list, index);   // the next name moves into its place
             found = true;
