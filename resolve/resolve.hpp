@@ -69,14 +69,15 @@ int32_t path_take(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, const char*
                   arbor_params_t* params, const void** table_vft_slot, const zan_field_vft* from);
 void path_list(const PathDesc& d, gx_do_nlist* pd_list);
 
-// Whether strncmp(a, b, n) == 0 (n >= 1). The first four characters are compared inline
-// (with a constant `b` they are compares against immediates, and most misses end at the
-// first or second), the rest by strncmp: names of one level share long prefixes, which a
+// Whether strncmp(a, b, n) == 0 (n >= 1), `b` being the known text. The first four
+// characters are compared inline (with a constant `b` they are compares against immediates,
+// and most misses end at the first or second), the rest by strncmp: names of one level share long prefixes, which a
 // byte loop would walk slower than the library does.
 [[gnu::always_inline]] inline bool same_bounded(const char* a, const char* b, uint32_t n) {
     constexpr uint32_t k_inline = 4;
+#pragma GCC unroll 4
     for (uint32_t k = 0; k < k_inline && k < n; ++k) {
-        if (a[k] != b[k]) return false;
+        if (__builtin_expect(a[k] != b[k], 1)) return false;   // most texts differ early
         if (b[k] == '\0') return true;
     }
     return n <= k_inline || std::strncmp(a + k_inline, b + k_inline, n - k_inline) == 0;
@@ -97,10 +98,12 @@ void path_list(const PathDesc& d, gx_do_nlist* pd_list);
     const char* name = gx_do_uri_segment_get_name(segment);
     if (name == nullptr) [[unlikely]]
         return k_pq_not_here;
-    if (!same_bounded(d.segment, name, d.segment_len + 1)) {
-        // Listing: every table of the level adds its name, so the chain must run on.
-        if (pd_list != nullptr && name[0] == '*' && name[1] == '\0') [[unlikely]]
-            path_list(d, pd_list);
+    if (!same_bounded(name, d.segment, d.segment_len + 1)) {
+        // Listing: every table of the level adds its name, so the chain must run on. Kept
+        // off the straight line, so that a miss falls through to the next traverser.
+        if (__builtin_expect(name[0] == '*', 0)) {
+            if (pd_list != nullptr && name[1] == '\0') path_list(d, pd_list);
+        }
         return k_pq_not_here;
     }
     return path_take(d, ctx, id, name, pdc_list, params, table_vft_slot, from);
