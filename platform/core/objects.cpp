@@ -15,9 +15,44 @@ using namespace zan::plat::detail;
 
 // An entry of a name list. Engines may hand in names that carry no text at all; the
 // front end has to stop at such a name, so the list can hold one.
-struct NameEntry {
-    std::string text;
-    bool has_text = true;
+// Names up to 55 characters (every table marker and segment name) stay inside the entry;
+// longer ones take a heap copy.
+class NameEntry {
+public:
+    static NameEntry textless() { return NameEntry(); }
+    explicit NameEntry(std::string_view text) : len_(uint32_t(text.size())), has_text_(true) {
+        char* to = text.size() < sizeof inline_ ? inline_ : (heap_ = new char[text.size() + 1]);
+        std::memcpy(to, text.data(), text.size());
+        to[text.size()] = '\0';
+    }
+    NameEntry(NameEntry&& o) noexcept { take(o); }
+    NameEntry& operator=(NameEntry&& o) noexcept {
+        if (this != &o) {
+            delete[] heap_;
+            take(o);
+        }
+        return *this;
+    }
+    ~NameEntry() { delete[] heap_; }
+
+    bool has_text() const { return has_text_; }
+    const char* c_str() const { return heap_ ? heap_ : inline_; }
+    std::string_view view() const { return {c_str(), len_}; }
+
+private:
+    NameEntry() = default;
+    void take(NameEntry& o) {
+        heap_ = o.heap_;
+        len_ = o.len_;
+        has_text_ = o.has_text_;
+        if (!heap_) std::memcpy(inline_, o.inline_, len_ + 1);
+        o.heap_ = nullptr;
+    }
+
+    char* heap_ = nullptr;
+    uint32_t len_ = 0;
+    bool has_text_ = false;
+    char inline_[56] = {};
 };
 
 struct gx_do_nlist {
@@ -236,7 +271,7 @@ gx_do_nvlist* gx_do_uri_segment_get_keys(gx_do_uri_segment* segment) { return se
 // A name is an entry of its list; the list's strings stand behind the references.
 const char* gx_do_name_get_strname(gx_do_name* name) {
     const auto* e = reinterpret_cast<const NameEntry*>(name);
-    return e && e->has_text ? e->text.c_str() : nullptr;
+    return e && e->has_text() ? e->c_str() : nullptr;
 }
 
 gx_do_nlist* gx_do_nlist_new(void) {
@@ -253,7 +288,7 @@ void gx_do_nlist_clear(gx_do_nlist* list) {
 
 int32_t gx_do_nlist_add_string(gx_do_nlist* list, const char* text) {
     if (!list || !text || hit(fp_nlist_add_string)) return 0;
-    list->names.push_back(NameEntry{text, true});
+    list->names.emplace_back(std::string_view(text));
     return 1;
 }
 
@@ -393,7 +428,7 @@ void arbor_nvlist_from_nlist_vlist(gx_do_nvlist* nvlist, gx_do_nlist* nlist, gx_
     if (!nvlist || !nlist || !vlist) return;
     size_t n = std::min(nlist->names.size(), vlist->values.size());
     nvlist->items.reserve(nvlist->items.size() + n);
-    for (size_t i = 0; i < n; ++i) nvlist->items.push_back(NamedValue{nlist->names[i].text, vlist->values[i]});
+    for (size_t i = 0; i < n; ++i) nvlist->items.push_back(NamedValue{std::string(nlist->names[i].view()), vlist->values[i]});
 }
 
 // ------------------------------------------------------------------ string buffers
@@ -510,12 +545,12 @@ int32_t properties_set(gx_do_properties* props, std::string_view name, Value&& v
 std::vector<std::string> nlist_names(gx_do_nlist* list) {
     std::vector<std::string> out;
     if (list)
-        for (const auto& e : list->names) out.push_back(e.text);
+        for (const auto& e : list->names) out.push_back(std::string(e.view()));
     return out;
 }
 
 void nlist_add_textless(gx_do_nlist* list) {
-    if (list) list->names.push_back(NameEntry{{}, false});
+    if (list) list->names.push_back(NameEntry::textless());
 }
 
 ValueList vlist_values(gx_do_vlist* list) { return list ? list->values : ValueList{}; }

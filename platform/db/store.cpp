@@ -128,7 +128,9 @@ Cell& value_cell(Record& r, std::string_view path, const Place& at) {
 }
 
 void put_le(std::vector<uint8_t>& out, uint64_t v, int bytes) {
-    for (int i = 0; i < bytes; ++i) out.push_back(uint8_t(v >> (8 * i)));
+    const size_t at = out.size();
+    out.resize(at + size_t(bytes));
+    for (int i = 0; i < bytes; ++i) out[at + size_t(i)] = uint8_t(v >> (8 * i));
 }
 
 std::optional<int64_t> parse_int(std::string_view s) {
