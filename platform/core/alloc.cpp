@@ -129,12 +129,13 @@ constinit thread_local uint32_t t_pending_tag __attribute__((tls_model("initial-
     return e.site;
 }
 
-// The cache is keyed by the type name's address; the text is compared as well, since a
-// caller's buffer may hold another name at the same address later.
+// The cache is keyed by the type name's address: type names are texts held by the calling
+// library for its whole life (its named type strings, or literals), so one address is one
+// name. The site records themselves are keyed by the text.
 inline Site* find_site(uint32_t tag, const char* type) {
     if (!type) type = "";
     CacheEntry& e = t_cache[(tag * 2654435761u ^ uint32_t(reinterpret_cast<uintptr_t>(type) >> 3)) % k_cache];
-    if (e.site && e.tag == tag && e.type == type && std::strcmp(e.site->type.c_str(), type) == 0) [[likely]]
+    if (e.site && e.tag == tag && e.type == type) [[likely]]
         return e.site;
     return find_site_slow(tag, type, e);
 }
