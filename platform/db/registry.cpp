@@ -1,5 +1,6 @@
 // The catalogue as the store knows it: type and table infos built once from the generated
 // descriptors, the two name numberings, identifiers, and the field lookups of the vectors.
+#include <bit>
 #include <cstring>
 #include <mutex>
 #include <shared_mutex>
@@ -309,13 +310,16 @@ const Registry& registry() {
     return r;
 }
 
+// The two halves read as big-endian numbers.
 Luid luid_key(const uint8_t* b) {
-    Luid l;
-    for (int i = 0; i < 8; ++i) {
-        l.hi = l.hi << 8 | b[i];
-        l.lo = l.lo << 8 | b[8 + i];
+    uint64_t hi, lo;
+    std::memcpy(&hi, b, 8);
+    std::memcpy(&lo, b + 8, 8);
+    if constexpr (std::endian::native == std::endian::little) {
+        hi = __builtin_bswap64(hi);
+        lo = __builtin_bswap64(lo);
     }
-    return l;
+    return Luid{hi, lo};
 }
 
 std::string_view word_name(Word w) {
