@@ -101,6 +101,18 @@ def initialiser(d, order):
     return "{" + ", ".join(str(d.get(k, v)) for k, v in order) + "}"
 
 
+# Members of FieldCore (render/descriptor.hpp), the part of a Field every family shares, with
+# their defaults.
+CORE_ORDER = (("kind", None), ("dflt", "Default::none"), ("arm", "0"), ("get", "{}"), ("state", "{}"),
+              ("whole_state", "nullptr"), ("value", "nullptr"), ("next", "nullptr"), ("vconv", "nullptr"),
+              ("msg", "k_no_msg"), ("msg_null", "k_no_msg"))
+
+
+def field_initialiser(d, order):
+    """Brace initialiser of a Field: the family's members in order, the core among them."""
+    return initialiser({**d, "core": initialiser(d, CORE_ORDER)}, order)
+
+
 def field_array(name, rows, comment=None):
     """A constant array of Field descriptors, one initialiser a line."""
     return ((f"// {comment}\n" if comment else "") + f"constexpr Field {name}[] = {{\n    "
@@ -112,9 +124,17 @@ def typed_names(cat):
     return [e.name for e in cat.enums.values() if not e.library] + list(cat.flagsets)
 
 
-def extensions_of(name, exts):
-    """The members of a Type that name its extensions: (the array, its length)."""
-    return f"e_{name}, {len(exts)}, " if exts else "nullptr, 0, "
+def extension_core(name, rows, msg_null, msg_error):
+    """Initialiser of an ExtensionCore: the group's Field array x_<name> (none where it has no
+    attributes), their count and the group's two traces."""
+    return f"{{{'x_' + name if rows else 'nullptr'}, {len(rows)}, {msg_null}, {msg_error}}}"
+
+
+def type_core(fields, count, name, exts, reads_variant, msg_variant):
+    """Initialiser of a TypeCore: the Field array (None: none) and its length, the extensions
+    e_<name> and their number, whether the variant is read, and the trace of a bad one."""
+    return (f"{{{fields or 'nullptr'}, {count}, " + (f"e_{name}, {len(exts)}, " if exts else "nullptr, 0, ")
+            + f"{'true' if reads_variant else 'false'}, {msg_variant}}}")
 
 
 # Shapes of the database accessors a descriptor imports.
@@ -152,12 +172,11 @@ class Unit:
         self.imports[name] = shape.format(name)
         return f"&{name}"
 
-    def access(self, r, f, first="one"):
+    def access(self, r, f):
         """The members of a field descriptor that read the field, the same in every family: kind,
         accessors, state flags, value, bound or arm number, default comparison. The kind is
         Kind::arm, nested, sequence, fixed_array, counted_array, chars, discriminator, typed
-        (enumerations and flag sets) or leaf; a family names its own where it differs. A
-        sequence reads its first element through the get member named first."""
+        (enumerations and flag sets) or leaf; a family names its own where it differs."""
         t, acc = r.name, f"{r.name}_{f.name}"
         if f.kind == "nested":
             d = {"kind": "Kind::arm" if f.arm else "Kind::nested", "get": f"{{.one = {self.imp(acc + '_get', GET)}}}"}
@@ -165,7 +184,7 @@ class Unit:
                 d.update(arm=str(f.arm), value=self.imp(f"{t}_descriminator_get_value", VALUE))
             return d
         if f.kind == "array" and f.shape == "seq":
-            return {"kind": "Kind::sequence", "get": f"{{.{first} = {self.imp(acc + '_get_first', GET)}}}",
+            return {"kind": "Kind::sequence", "get": f"{{.one = {self.imp(acc + '_get_first', GET)}}}",
                     "next": self.imp(acc + "_get_next", GET_NEXT),
                     "state": f"{{.one = {self.imp(acc + '_state_flag_get', STATE)}}}"}
         if f.kind == "array" and f.shape in ("fixed", "counted"):
@@ -185,7 +204,8 @@ class Unit:
                 d["value"] = self.imp(f"{t}_{f.bound}_get_value", VALUE)
             return d
         disc = f.name == "descriminator"
-        d.update(kind="Kind::discriminator" if disc else ("Kind::typed" if f.kind in ("enum", "flags") else "Kind::leaf"),
+        typed = f.kind in ("enum", "flags")
+        d.update(kind="Kind::discriminator" if disc else ("Kind::typed" if typed else "Kind::leaf"),
                  get=f"{{.one = {self.imp(acc + '_get', GET)}}}")
         if f.default is not None:
             d["dflt"] = default_of(f)
@@ -194,11 +214,11 @@ class Unit:
         return d
 
     def enumeration(self, e, msgs, gated=False):
-        """An enumeration's Enum descriptor m_<enum> and its value texts n_<enum>. A gated Enum
-        has a member for the extension levels of the values: l_<enum>, or none where all are
-        at the base level."""
+        """An enumeration's Enum descriptor m_<enum> and its value texts n_<enum>. Where the
+        family gates values by extension level, the values' levels l_<enum> (none where all are
+        at the base level)."""
         self.body.append(f"constexpr const char* n_{e.name}[] = {{" + ", ".join(c_str(v) for v in e.values) + "};")
-        gate = ""
+        gate = "nullptr, "
         if gated and e.extensions:
             level = {}   # a value listed by two groups is known from the lower level on
             for g in e.extensions:
@@ -207,8 +227,6 @@ class Unit:
             self.body.append(f"constexpr uint8_t l_{e.name}[] = {{" + ", ".join(str(level.get(v, 0)) for v in e.values)
                              + "};")
             gate = f"l_{e.name}, "
-        elif gated:
-            gate = "nullptr, "
         variant = e.name in ("obj_type", "zan_cfg_union")
         mv = msgs.add(f"{e.name} Recieved variant %d < base version 0") if variant else "k_no_msg"
         get = self.imp(f"{e.name}_get_value", VALUE)

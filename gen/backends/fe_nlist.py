@@ -11,8 +11,8 @@ Files (into the front end's generated directory, through frontend.files()):
   fe_nlist_messages.cpp     message table of the unit, in the order the descriptors use them
 """
 
-from backends.fe_common import (CTX, LEAF_CONV, Messages, Units, c_str, extensions_of, field_array, field_word,
-                                initialiser, pairs_fn, pairs_null_fn, vlist_fn)
+from backends.fe_common import (CTX, LEAF_CONV, Messages, Units, c_str, extension_core, field_array, field_word,
+                                field_initialiser, pairs_fn, pairs_null_fn, type_core, vlist_fn)
 
 SUFFIX = " to_nlist_vlist_all"
 RUN_LETTERS = "abcdefghijklmnop"
@@ -41,24 +41,22 @@ def conversion(f):
         return "Kind::chars", None, None
     if f.kind in ("enum", "flags") and word not in LEAF_CONV:
         return "Kind::enumeration", "econv", vlist_fn(word)
-    return "Kind::leaf", "conv", vlist_fn(word)
+    return "Kind::leaf", "vconv", vlist_fn(word)
 
 
-ORDER = (("name", None), ("prefix", "nullptr"), ("kind", None), ("dflt", "Default::none"), ("arm", "0"),
-         ("get", "{}"), ("state", "{}"), ("whole_state", "nullptr"), ("next", "nullptr"), ("value", "nullptr"),
-         ("conv", "nullptr"), ("econv", "nullptr"), ("nested", "nullptr"), ("nested_null", "nullptr"),
-         ("msg", "k_no_msg"), ("msg_null", "k_no_msg"), ("msg_null_name", "k_no_msg"), ("msg_length", "k_no_msg"),
+ORDER = (("name", None), ("prefix", "nullptr"), ("core", None), ("econv", "nullptr"), ("nested", "nullptr"),
+         ("nested_null", "nullptr"), ("msg_null_name", "k_no_msg"), ("msg_length", "k_no_msg"),
          ("msg_more", "k_no_msg"))
 
 
 def init(d):
-    return initialiser(d, ORDER)
+    return field_initialiser(d, ORDER)
 
 
 def full_field(r, f, msgs, u):
     """Descriptor of one field in the full form."""
     t, acc, rn = r.name, f"{r.name}_{f.name}", run(r.name)
-    d = {"name": c_str(f.name), **u.access(r, f, first="first")}
+    d = {"name": c_str(f.name), **u.access(r, f)}
     if f.kind == "nested":
         d.update(prefix=c_str(f.prop_text), nested=f"&{pairs_fn(f.type)}")
         u.decls[pairs_fn(f.type)] = SIG_FULL.format(pairs_fn(f.type))
@@ -80,7 +78,7 @@ def full_field(r, f, msgs, u):
         msgs.add(f"{t} to_nlist_vlist_all: gx_do_vlist_add_array failed: %d")
         msgs.add(f"{t}_ to_nlist_vlist_all: gx_do_vlist_add_null failed for {acc}")
     elif f.kind == "array" and f.shape in ("fixed", "counted"):
-        d.update(conv=f"&{vlist_fn(f.type)}", msg=msgs.add(f"{rn} {f.type}_to_vlist for {acc} failed"),
+        d.update(vconv=f"&{vlist_fn(f.type)}", msg=msgs.add(f"{rn} {f.type}_to_vlist for {acc} failed"),
                  msg_more=msgs.add(f"{rn} gx_do_vlist_new failed"))
         msgs.add(f"{rn} gx_do_vlist_add_array failed")
         msgs.add(f"{t} to_inlist_vlist_all failed for {acc}")
@@ -104,7 +102,8 @@ def null_field(r, f, msgs, u):
                  msg_length=msgs.add(f"{t} to_ nlist_vlist_all rendering error {f.name} %u %u"))
     else:
         word = field_word(f)
-        d.update(kind="Kind::leaf", msg_null=msgs.add(f"{t} to_nlist_vlist_all: {word} set null failed for {f.name}for {t}"),
+        d.update(kind="Kind::leaf",
+                 msg_null=msgs.add(f"{t} to_nlist_vlist_all: {word} set null failed for {f.name}for {t}"),
                  msg_null_name=msgs.add(f"{t} to_nlist_vlist_all: {word} add nlist failed for {f.name}"))
     return init(d)
 
@@ -113,7 +112,7 @@ def null_type(u, name, rows, comment):
     """A null rendering z_<name> of the given Field rows and its <name>_to_null_nlist_vlist."""
     u.decls[pairs_null_fn(name)] = SIG_NULL.format(pairs_null_fn(name))
     u.body.append(field_array(f"n_{name}", rows, comment))
-    u.body.append(f"constexpr Type z_{name}{{n_{name}, {len(rows)}, nullptr, 0, false, k_no_msg}};\n")
+    u.body.append(f"constexpr Type z_{name}" + type_core(f"n_{name}", len(rows), name, [], False, "k_no_msg") + ";\n")
     u.shims.append(f'extern "C" int32_t {pairs_null_fn(name)}(rsl_ctx_t c, rsl_ctx_id_t i, gx_do_nlist* n, '
                    f"gx_do_vlist* v, uint32_t* e) "
                    f"{{ return zan::fe::nlist::render_null(zan::gen::nlist::z_{name}, c, i, n, v, e); }}")
@@ -135,11 +134,11 @@ def files(cat):
             if erows:
                 u.body.append(field_array(f"x_{e.name}", erows))
             m1, m2 = msgs.extension(r, e)
-            exts.append("{" + (f"x_{e.name}" if erows else "nullptr") + f", {len(erows)}, {m1}, {m2}}}")
+            exts.append(extension_core(e.name, erows, m1, m2))
         if exts:
             u.body.append(f"constexpr Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
-        u.body.append(f"constexpr Type r_{r.name}{{f_{r.name}, {len(r.fields)}, " + extensions_of(r.name, exts)
-                      + f"{'false' if r.base else 'true'} /* reads the variant */, {m_var}}};\n")
+        u.body.append(f"constexpr Type r_{r.name}"
+                      + type_core(f"f_{r.name}", len(r.fields), r.name, exts, not r.base, m_var) + ";\n")
         u.shims.append(f'extern "C" int32_t {pairs_fn(r.name)}(rsl_ctx_t c, rsl_ctx_id_t i, const void* o, '
                        f"gx_do_nlist* n, gx_do_vlist* v, int32_t s, uint32_t* e) "
                        f"{{ return zan::fe::nlist::render(zan::gen::nlist::r_{r.name}, c, i, o, n, v, s, e); }}")

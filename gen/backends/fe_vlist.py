@@ -15,8 +15,9 @@ to_vlist_all column in zan_config_db_fe_gx_type_dispatch_vft.
 """
 
 from catalogue import CatalogueError
-from backends.fe_common import (CTX, LEAF_CONV, Messages, Units, c_str, extensions_of, field_array,
-                                field_word, head, initialiser, pairs_fn, typed_names, vlist_all_fn, vlist_fn, vlist_null_fn)
+from backends.fe_common import (CTX, LEAF_CONV, Messages, Units, c_str, extension_core, field_array,
+                                field_initialiser, field_word, head, initialiser, pairs_fn, typed_names,
+                                type_core, vlist_all_fn, vlist_fn, vlist_null_fn)
 
 SIG_ALL = f"int32_t {{}}({CTX}, const void*, gx_do_vlist*, int32_t, uint32_t*)"
 SIG_NULL = f"int32_t {{}}({CTX}, gx_do_vlist*, uint32_t*)"
@@ -25,21 +26,19 @@ SIG_TYPED = f"int32_t {{}}({CTX}, const void*, gx_do_vlist*, int32_t, int32_t, u
 SIG_PAIRS = f"int32_t {{}}({CTX}, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*)"
 
 
-FIELD_ORDER = (("name", None), ("kind", None), ("dflt", "Default::none"), ("arm", "0"), ("get", "{}"),
-               ("state", "{}"), ("whole_state", "nullptr"), ("value", "nullptr"), ("next", "nullptr"),
-               ("conv", "nullptr"), ("tconv", "nullptr"), ("nested", "nullptr"), ("nested_null", "nullptr"),
-               ("select", "nullptr"), ("pairs", "nullptr"), ("msg", "k_no_msg"), ("msg_null", "k_no_msg"),
-               ("msg_sel", "k_no_msg"), ("msg_state_null", "k_no_msg"), ("msg_sel_state_null", "k_no_msg"),
-               ("msg_fatal", "k_no_msg"), ("msg_sel_fatal", "k_no_msg"))
+FIELD_ORDER = (("name", None), ("core", None), ("tconv", "nullptr"), ("nested", "nullptr"),
+               ("nested_null", "nullptr"), ("select", "nullptr"), ("pairs", "nullptr"), ("msg_sel", "k_no_msg"),
+               ("msg_state_null", "k_no_msg"), ("msg_sel_state_null", "k_no_msg"), ("msg_fatal", "k_no_msg"),
+               ("msg_sel_fatal", "k_no_msg"))
 
 
-# Message members of a Type, in declaration order.
-TYPE_MSGS = ("msg_variant", "msg_sel_variant", "msg_vlist_new", "msg_add_array", "msg_sel_vlist_new", "msg_xxx_new",
+# Message members of a Type after its core, in declaration order.
+TYPE_MSGS = ("msg_sel_variant", "msg_vlist_new", "msg_add_array", "msg_sel_vlist_new", "msg_xxx_new",
              "msg_nvlist_new", "msg_seq_add_array", "msg_sel_xxx_new", "msg_sel_nvlist_new", "msg_sel_seq_add_array")
 
 
 def init(d):
-    return initialiser(d, FIELD_ORDER)
+    return field_initialiser(d, FIELD_ORDER)
 
 
 def check(cat):
@@ -75,13 +74,13 @@ def field_row(r, f, msgs, u, with_null):
         d["msg"] = msgs.add(f"{t} to_vlist_all: {f.type}to_nlist_vlist_all failed for {acc}")
         d["msg_fatal"] = msgs.add(f"{t} to_ nlist_vlist_all rendering error {f.name} %u %u")
     elif f.kind == "array" and f.shape in ("fixed", "counted"):
-        d["conv"] = f"&{vlist_fn(f.type)}"
+        d["vconv"] = f"&{vlist_fn(f.type)}"
         d["msg_state_null"] = msgs.add(f"{t} to_vlist_all failed for {acc}")
         d["msg"] = msgs.add(f"{t} to_vlist_all {f.type}_to_vlist for {acc} failed")
     else:
         word = field_word(f)
         if f.kind != "array":   # character arrays convert through var_string_to_vlist
-            d["tconv" if f.kind in ("enum", "flags") else "conv"] = f"&{vlist_fn(word)}"
+            d["tconv" if f.kind in ("enum", "flags") else "vconv"] = f"&{vlist_fn(word)}"
         d["msg"] = msgs.add(f"{t} to_vlist_all {word}_to_vlist for {acc} failed")
     return d
 
@@ -139,15 +138,15 @@ def record(cat, r, msgs, u, with_null):
             d["msg_sel"] = msgs.add(f"{t} to_vlist rendering null for this {f.name}")
         if rows:
             out.append(field_array(f"x_{e.name}", [init(d) for d in rows]))
-        ext_rows.append(f"{{{'x_' + e.name if rows else 'nullptr'}, {len(rows)}, {m_null}, {m_err}, {m_sel}}}")
+        ext_rows.append(f"{{{extension_core(e.name, rows, m_null, m_err)}, {m_sel}}}")
 
     out.insert(0, field_array(f"f_{t}", [init(d) for d in fields], t) if fields else f"// {t}")
     if ext_rows:
         out.append(f"constexpr Extension e_{t}[] = {{" + ", ".join(ext_rows) + "};")
     type_order = tuple((k, "k_no_msg") for k in TYPE_MSGS)
-    out.append(f"constexpr Type r_{t}{{{'f_' + t if fields else 'nullptr'}, {len(fields)}, "
-               + extensions_of(t, ext_rows)
-               + f"{'false' if r.base else 'true'}, " + initialiser(m, type_order)[1:-1] + "};\n")
+    out.append(f"constexpr Type r_{t}{{" + type_core(fields and f"f_{t}", len(fields), t, ext_rows, not r.base,
+                                                    m["msg_variant"])
+               + ", " + initialiser(m, type_order)[1:-1] + "};\n")
     return out
 
 
@@ -175,16 +174,16 @@ def base_unit(cat, u, msgs):
     u.typed(cat, msgs, shim, gated=True)
     # Row functions of the type vector: the row's fifth argument is not looked at.
     for n in typed_names(cat):
-        u.shims.append(f'extern "C" int32_t {vlist_all_fn(n)}(rsl_ctx_t c, rsl_ctx_id_t i, const void* h, gx_do_vlist* l, '
-                       f"int32_t, uint32_t* e) {{ return {vlist_fn(n)}(c, i, h, l, 0, 1, e); }}")
+        u.shims.append(f'extern "C" int32_t {vlist_all_fn(n)}(rsl_ctx_t c, rsl_ctx_id_t i, const void* h, '
+                       f"gx_do_vlist* l, int32_t, uint32_t* e) {{ return {vlist_fn(n)}(c, i, h, l, 0, 1, e); }}")
     # obj_type's extension groups: one null per value, no caller.
     groups = cat.obj_type_groups()
     for g in groups:
         rows = [init({"name": c_str(v), "kind": "Kind::leaf",
                       "msg_null": msgs.add(f"{v} to_vlist_all:  set null failed for {v}for {v}")}) for v in g.values]
         u.body.append(field_array(f"f_{g.name}", rows))
-        u.body.append(f"constexpr Type r_{g.name}{{f_{g.name}, {len(rows)}, nullptr, 0, false, "
-                      + ", ".join(["k_no_msg"] * len(TYPE_MSGS)) + "};")
+        core = type_core(f"f_{g.name}", len(rows), g.name, [], False, "k_no_msg")
+        u.body.append(f"constexpr Type r_{g.name}{{{core}, " + ", ".join(["k_no_msg"] * len(TYPE_MSGS)) + "};")
         u.shims.append(f'extern "C" int32_t {vlist_null_fn(g.name)}(rsl_ctx_t c, rsl_ctx_id_t i, gx_do_vlist* l, '
                        f"uint32_t* e) {{ return zan::fe::vlist::render_null({ns}::r_{g.name}, c, i, l, e); }}")
     return groups

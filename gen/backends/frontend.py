@@ -21,9 +21,9 @@ schema-specific is data. Identifiers of generated data live in namespace zan::ge
 
 from catalogue import CatalogueError, MAX_NAME
 from . import fe_nlist, fe_rows, fe_vlist
-from .fe_common import (CTX, GENERATOR, LEAF_CONV, LEAF_TRACED, Messages, Units, c_str, columns_fn, extensions_of,
-                        field_array, field_word, head, initialiser, ntlist_fn, pairs_fn, props_fn, props_null_fn,
-                        sources, typed_names, vlist_fn)
+from .fe_common import (CTX, GENERATOR, LEAF_CONV, LEAF_TRACED, Messages, Units, c_str, columns_fn, extension_core,
+                        field_array, field_initialiser, field_word, head, ntlist_fn, pairs_fn, props_fn, props_null_fn,
+                        sources, type_core, typed_names, vlist_fn)
 
 # The frame's own exported names (the families' names follow from the catalogue).
 FRAME_EXPORTS = (
@@ -659,15 +659,13 @@ def props_field(cat, r, f, msgs, u, with_null):
     return field_init(d)
 
 
-FIELD_ORDER = (("text", None), ("len", None), ("kind", None), ("dflt", "Default::none"), ("arm", "0"),
-               ("get", "{}"), ("state", "{}"), ("whole_state", "nullptr"), ("value", "nullptr"),
-               ("conv", "nullptr"), ("vconv", "nullptr"), ("nested", "nullptr"), ("nested_null", "nullptr"),
-               ("msg", "k_no_msg"), ("msg_null", "k_no_msg"), ("msg_array_null", "k_no_msg"),
-               ("next", "nullptr"), ("element", "nullptr"), ("msg_seq", "k_no_msg"))
+FIELD_ORDER = (("text", None), ("core", None), ("conv", "nullptr"), ("nested", "nullptr"),
+               ("nested_null", "nullptr"), ("element", "nullptr"), ("msg_array_null", "k_no_msg"),
+               ("msg_seq", "k_no_msg"), ("len", None))
 
 
 def field_init(d):
-    return initialiser(d, FIELD_ORDER)
+    return field_initialiser(d, FIELD_ORDER)
 
 
 def props_null_only(name, attrs, msgs):
@@ -709,8 +707,8 @@ def props_files(cat):
                 u.body.append(field_array(f"x_{e.name}", erows))
             m1, m2 = msgs.extension(r, e)
             # An extension without attributes is not called: the record only checks the prefix.
-            exts.append("{" + (f"x_{e.name}, {len(erows)}, &{props_null_fn(e.name)}" if erows else "nullptr, 0, nullptr")
-                        + f", {m1}, {m2}" + "}")
+            exts.append("{" + extension_core(e.name, erows, m1, m2) + ", "
+                        + (f"&{props_null_fn(e.name)}" if erows else "nullptr") + "}")
         if exts:
             u.body.append(f"constexpr Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
         has_arrays = any(f.kind == "array" and f.shape in ("fixed", "counted") for f in r.fields)
@@ -719,14 +717,15 @@ def props_files(cat):
         m_args = msgs.add(f"{r.name} to_properties null argument(s)") if with_null else "k_no_msg"
         m_new = msgs.add(f"{r.name} to_properties: gx_do_vlist_new failed") if has_arrays else "k_no_msg"
         m_arr = msgs.add(f"{r.name} to_properties: gx_do_properties_set_array failed") if has_arrays else "k_no_msg"
-        u.body.append(f"constexpr Type r_{r.name}{{f_{r.name}, {len(r.fields)}, " + extensions_of(r.name, exts)
-                      + f"{'false' if r.base else 'true'}, false, {m_long}, {m_var}, {m_args}, {m_new}, {m_arr}}};\n")
+        core = type_core(f"f_{r.name}", len(r.fields), r.name, exts, not r.base, m_var)
+        u.body.append(f"constexpr Type r_{r.name}{{{core}, false, {m_long}, {m_args}, {m_new}, {m_arr}}};\n")
         u.shims.append(f'extern "C" int32_t {props_fn(r.name)}(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
                        f"gx_do_properties* o, const void* h, int32_t s, uint32_t* e) "
                        f"{{ return zan::fe::props::render(zan::gen::props::r_{r.name}, c, i, p, o, h, s, e); }}")
         # The six-argument form: no caller, no row, not exported; kept one per type.
         u.shims.append(f'extern "C" int32_t {r.name}_to_properties_plain(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
-                       f"gx_do_properties* o, const void* h, uint32_t* e) {{ return {props_fn(r.name)}(c, i, p, o, h, 0, e); }}")
+                       f"gx_do_properties* o, const void* h, uint32_t* e) "
+                       f"{{ return {props_fn(r.name)}(c, i, p, o, h, 0, e); }}")
         if with_null:
             u.defined.append(sig_n.format(props_null_fn(r.name)))
             u.shims.append(null_shim(r.name))
@@ -740,8 +739,8 @@ def props_files(cat):
         rows = props_null_only(name, attrs, msgs)
         if rows:
             u.body.append(field_array(f"f_{name}", rows))
-        u.body.append(f"constexpr Type r_{name}{{{'f_' + name if rows else 'nullptr'}, {len(rows)}, nullptr, 0, "
-                      f"false, true, k_no_msg, k_no_msg, k_no_msg, k_no_msg, k_no_msg}};")
+        core = type_core(rows and f"f_{name}", len(rows), name, [], False, "k_no_msg")
+        u.body.append(f"constexpr Type r_{name}{{{core}, true, k_no_msg, k_no_msg, k_no_msg, k_no_msg}};")
         u.shims.append(null_shim(name))
     # enumerations and flag sets
     u = units["base"]
@@ -773,8 +772,8 @@ def props_files(cat):
     for name, u in sorted(units.items()):
         protos = [u.decls[n] for n in sorted(u.decls) if n.replace("_to_properties", "") not in LEAF_CONV]
         files[f"fe_props_{name}.cpp"] = u.file(
-            cat, name, "Rendering to properties", '#include "to_properties.hpp"', "props", dict.fromkeys(protos + u.defined),
-            "// Entry points of this family, here or in the other domains, and of the leaf library.")
+            cat, name, "Rendering to properties", '#include "to_properties.hpp"', "props",
+            dict.fromkeys(protos + u.defined), "// Entry points of this family, here or in the other domains, and of the leaf library.")
     files["fe_props_messages.cpp"] = msgs.table("to_properties unit", "to_properties.hpp", "to_properties")
     return files, rendered, tables
 
