@@ -1,7 +1,8 @@
 """What the front end's rendering generators share (frontend.py's rendering to properties and
 column description, fe_vlist.py, fe_nlist.py): the names of the families' entry points, the
-text helpers, a unit's message table, the descriptor initialisers, the accessors a field
-descriptor imports from the database library, and the writer of one per-domain file.
+text helpers, a unit's message table, the descriptor initialisers (those of the cores in
+render/descriptor.hpp among them), the accessors a field descriptor imports from the
+database library, and the writer of one per-domain file.
 """
 
 GENERATOR = "gen/backends/frontend.py"
