@@ -50,8 +50,9 @@ int32_t nested(const Field& f, bool null, rsl_ctx_t ctx, rsl_ctx_id_t id, const 
     if (s.names) s.values = gx_do_vlist_new();
     if (s.values) s.text = gx_do_strbuf_new();
     if (s.text == nullptr) return -1;
-    const int32_t result = null ? f.nested_null(ctx, id, s.names, s.values, err)
-                                : f.nested(ctx, id, f.get.one(ctx, id, obj, err), s.names, s.values, with_state, err);
+    const int32_t result =
+        null ? f.nested_null(ctx, id, s.names, s.values, err)
+             : f.nested(ctx, id, f.core.get.one(ctx, id, obj, err), s.names, s.values, with_state, err);
     if (result < 0) {
         trace(msg_failed);
         return result;
@@ -75,10 +76,11 @@ int32_t nested(const Field& f, bool null, rsl_ctx_t ctx, rsl_ctx_id_t id, const 
 // is_default and present of one attribute by the state-flag rule.
 void state_of(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, int32_t with_state,
               int8_t default_variant, uint32_t* err, int32_t* is_default, int32_t* present) {
-    *is_default = default_variant >= 0 ? is_default_value(f.dflt, f.value, f.get.one, ctx, id, obj, err) : 0;
+    *is_default =
+        default_variant >= 0 ? is_default_value(f.core.dflt, f.core.value, f.core.get.one, ctx, id, obj, err) : 0;
     *present = 1;
     if (with_state != 0) {
-        const uint8_t state = f.state.one(ctx, id, obj, err);
+        const uint8_t state = f.core.state.one(ctx, id, obj, err);
         if (*is_default == 0) *is_default = state & 1u;
         *present = present_in(state);
     }
@@ -88,31 +90,31 @@ void state_of(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, i
 int32_t leaf_value(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, const void* obj,
                    int32_t with_state, int8_t default_variant, uint32_t* err) {
     int32_t is_default, present;
-    if (f.kind == Kind::chars) {
+    if (f.core.kind == Kind::chars) {
         state_of(f, ctx, id, obj, with_state, default_variant, err, &is_default, &present);
-        if (f.value != nullptr) {
-            const uint32_t n = f.value(ctx, id, obj, err) & 0xffffu;
+        if (f.core.value != nullptr) {
+            const uint32_t n = f.core.value(ctx, id, obj, err) & 0xffffu;
             char* chars = static_cast<char*>(__builtin_alloca(n + 1));
             std::memset(chars, 0, n + 1);
-            const uint32_t again = f.value(ctx, id, obj, err) & 0xffffu;
-            f.get.chars(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
+            const uint32_t again = f.core.value(ctx, id, obj, err) & 0xffffu;
+            f.core.get.chars(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
             return var_string_to_vlist(ctx, id, vlist, is_default, present, chars, err);
         }
         char chars[10] = {};
-        f.get.chars(ctx, id, obj, chars, sizeof chars, err);
+        f.core.get.chars(ctx, id, obj, chars, sizeof chars, err);
         return var_string_to_vlist(ctx, id, vlist, is_default, present, chars, err);
     }
     state_of(f, ctx, id, obj, with_state, default_variant, err, &is_default, &present);
-    const void* handle = f.get.one(ctx, id, obj, err);
-    return f.kind == Kind::enumeration ? f.econv(ctx, id, handle, vlist, is_default, present, err)
-                                       : f.conv(ctx, id, vlist, is_default, present, handle, err);
+    const void* handle = f.core.get.one(ctx, id, obj, err);
+    return f.core.kind == Kind::enumeration ? f.econv(ctx, id, handle, vlist, is_default, present, err)
+                                            : f.core.vconv(ctx, id, vlist, is_default, present, handle, err);
 }
 
 // A fixed or counted array: one value, the array of its elements.
 int32_t array(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, const void* obj,
               int32_t with_state, uint32_t* err) {
     const uint32_t msg_new = f.msg_more, msg_add = f.msg_more + 1, msg_null = f.msg_more + 2;
-    if (with_state != 0 && !present_in(f.whole_state(ctx, id, obj, err))) {
+    if (with_state != 0 && !present_in(f.core.whole_state(ctx, id, obj, err))) {
         const int32_t r = gx_do_vlist_add_null(vlist);
         if (r < 0) trace(msg_null);
         return r;
@@ -122,20 +124,20 @@ int32_t array(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist
         trace(msg_new);
         return -1;
     }
-    const bool counted = f.kind == Kind::counted_array;
-    uint32_t bound = counted ? f.value(ctx, id, obj, err) : f.arm;
+    const bool counted = f.core.kind == Kind::counted_array;
+    uint32_t bound = counted ? f.core.value(ctx, id, obj, err) : f.core.arm;
     for (uint32_t i = 0; i < bound; ++i) {
         if (*err == 0) {
-            const int32_t present = with_state != 0 ? present_in(f.state.element(ctx, id, obj, i, err)) : 1;
-            const void* handle = f.get.element(ctx, id, obj, i, err);
-            const int32_t r = f.conv(ctx, id, list, 0, present, handle, err);
+            const int32_t present = with_state != 0 ? present_in(f.core.state.element(ctx, id, obj, i, err)) : 1;
+            const void* handle = f.core.get.element(ctx, id, obj, i, err);
+            const int32_t r = f.core.vconv(ctx, id, list, 0, present, handle, err);
             if (r < 0) {
-                trace(f.msg);
+                trace(f.core.msg);
                 gx_do_vlist_deref(list);
                 return r;
             }
         }
-        if (counted) bound = f.value(ctx, id, obj, err);
+        if (counted) bound = f.core.value(ctx, id, obj, err);
     }
     const int32_t r = gx_do_vlist_add_array(vlist, list);
     if (r < 0) trace(msg_add);
@@ -148,7 +150,7 @@ int32_t sequence(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vl
                  int32_t with_state, uint32_t* err) {
     const uint32_t msg_new = f.msg_more, msg_nvlist = f.msg_more + 1, msg_add = f.msg_more + 2,
                    msg_null = f.msg_more + 3;
-    if (with_state != 0 && !present_in(f.state.one(ctx, id, obj, err))) {
+    if (with_state != 0 && !present_in(f.core.state.one(ctx, id, obj, err))) {
         const int32_t r = gx_do_vlist_add_null(vlist);
         if (r < 0) trace(msg_null);
         return r;
@@ -159,10 +161,10 @@ int32_t sequence(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vl
         return -1;
     }
     int32_t failed = 0;
-    const Sequence s{f.get.first, f.next, f.nested, &k_unit, f.msg_length};
+    const Sequence s{f.core.get.one, f.core.next, f.nested, &k_unit, f.msg_length};
     switch (sequence_elements(s, ctx, id, obj, lists, with_state, err, &failed)) {
     case SeqStep::no_nvlist: trace(msg_nvlist); return -1;
-    case SeqStep::element_failed: trace(f.msg); return failed;
+    case SeqStep::element_failed: trace(f.core.msg); return failed;
     case SeqStep::done: break;
     }
     lists.release_element_lists();
@@ -176,19 +178,19 @@ int32_t fields(std::span<const Field> fs, rsl_ctx_t ctx, rsl_ctx_id_t id, const 
                gx_do_vlist* vlist, int32_t with_state, int8_t default_variant, uint32_t* err, int32_t* result) {
     for (const Field& f : fs) {
         int32_t r;
-        switch (f.kind) {
+        switch (f.core.kind) {
         case Kind::nested:
             // Called with the error word set too: it answers -1, and that is traced here.
-            r = nested(f, false, ctx, id, obj, nlist, vlist, with_state, err, f.msg);
+            r = nested(f, false, ctx, id, obj, nlist, vlist, with_state, err, f.core.msg);
             if (r < 0) return r;
             *result = r;
             continue;
         case Kind::arm: {
-            const uint32_t selected = f.value(ctx, id, obj, err);   // afresh for each arm
-            if (selected == f.arm)
-                r = nested(f, false, ctx, id, obj, nlist, vlist, with_state, err, f.msg);
+            const uint32_t selected = f.core.value(ctx, id, obj, err);   // afresh for each arm
+            if (selected == f.core.arm)
+                r = nested(f, false, ctx, id, obj, nlist, vlist, with_state, err, f.core.msg);
             else if (*err == 0)
-                r = nested(f, true, ctx, id, obj, nlist, vlist, with_state, err, f.msg_null);
+                r = nested(f, true, ctx, id, obj, nlist, vlist, with_state, err, f.core.msg_null);
             else
                 continue;
             if (r < 0) return r;
@@ -202,7 +204,7 @@ int32_t fields(std::span<const Field> fs, rsl_ctx_t ctx, rsl_ctx_id_t id, const 
             if (*err != 0) continue;
             r = leaf_value(f, ctx, id, vlist, obj, with_state, default_variant, err);
             if (r < 0) {
-                trace(f.msg);
+                trace(f.core.msg);
                 return r;
             }
             break;
@@ -287,15 +289,15 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_nlist* 
     if (nlist == nullptr || vlist == nullptr || err == nullptr || *err != 0) return -1;
     int32_t result = 0;
     for (const Field& f : std::span(t.fields, t.count)) {
-        if (f.kind == Kind::nested || f.kind == Kind::arm) {
-            const int32_t r = nested(f, true, ctx, id, nullptr, nlist, vlist, 0, err, f.msg_null);
+        if (f.core.kind == Kind::nested || f.core.kind == Kind::arm) {
+            const int32_t r = nested(f, true, ctx, id, nullptr, nlist, vlist, 0, err, f.core.msg_null);
             if (r < 0) return r;
             result = r;
             continue;
         }
         const int32_t r = gx_do_vlist_add_null(vlist);
         if (r < 0) {
-            trace(f.msg_null);
+            trace(f.core.msg_null);
             return r;
         }
         result = r;

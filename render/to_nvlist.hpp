@@ -5,16 +5,15 @@
 
 #include <cstdint>
 
-#include "traversal.h"
-
-#include "leaf_conversions.h"
+#include "descriptor.hpp"
 
 namespace zan::fe::nvlist {
 
+// The generated descriptors' namespace reaches these through its using-directive.
+using fe::Enum;
+
 using leaf_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_nvlist* nvlist, int32_t is_default,
                             int32_t present, const void* value, uint32_t* err);
-using get_fn = const void* (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, uint32_t* err);
-using value_fn = uint32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, uint32_t* err);
 using row_get_fn = const void* (*)(rsl_ctx_t, rsl_ctx_id_t, const void* row);
 using key_type_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char* key_name, gx_do_nvlist* nvlist,
                                 const void* key_obj, uint32_t* err);
@@ -45,23 +44,13 @@ struct TableKey {
     leaf_fn conv;             // the leaf's conversion; null with a key type
     key_type_fn compound;     // <key type>_to_nvlist; null for a single leaf
 };
+static_assert(k_plain_data<KeyPart, KeyType, TableKey>);
 
 // tbl_<table>_to_nvlist.
 int32_t table_key(const TableKey& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* row, gx_do_nvlist* nvlist,
                   uint32_t* err);
 
-// An enumeration: its values' texts indexed by value and, where values belong to extensions,
-// the level of each (0 for a base value).
-struct Enum {
-    const char* const* names;
-    const uint8_t* levels;    // null: no value is gated
-    uint32_t count;
-    value_fn value;           // <enum>_get_value
-    bool reads_variant;       // obj_type, zan_cfg_union
-    uint32_t msg_variant;     // fatal "<enum> Recieved variant %d < base version 0"
-};
-
-// <enum>_to_nvlist.
+// <enum>_to_nvlist: only the values the handle's variant reaches.
 int32_t enumeration(const Enum& e, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_nvlist* nvlist,
                     int32_t is_default, int32_t present, const void* handle, uint32_t* err);
 

@@ -53,7 +53,7 @@ constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
 
 // Whether the attribute's value equals its schema default; ctx_variant < 0 turns this off.
 int32_t compare_default(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err) {
-    return nlist::is_default_value(f.dflt, f.value, f.get.one, ctx, id, obj, err);
+    return nlist::is_default_value(f.core.dflt, f.core.value, f.core.get.one, ctx, id, obj, err);
 }
 
 // A leaf or the discriminator: default comparison, state flag, handle, conversion.
@@ -62,19 +62,19 @@ int32_t leaf(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, g
     int32_t is_default = default_variant >= 0 ? compare_default(f, ctx, id, obj, err) : 0;
     int32_t present = 1;
     if (with_state != 0) {
-        const uint8_t state = f.state.one(ctx, id, obj, err);
+        const uint8_t state = f.core.state.one(ctx, id, obj, err);
         if (is_default == 0) is_default = state & 1u;
         present = present_in(state);
     }
-    const void* handle = f.get.one(ctx, id, obj, err);
+    const void* handle = f.core.get.one(ctx, id, obj, err);
     return f.conv(ctx, id, name, props, is_default, present, handle, err);
 }
 
 // A fixed or counted array: one attribute holding the list of its elements.
 int32_t array(const Type& t, const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name,
               gx_do_properties* props, const void* obj, int32_t with_state, uint32_t* err) {
-    const bool counted = f.kind == Kind::counted_array;
-    if (with_state != 0 && !present_in(f.whole_state(ctx, id, obj, err))) {
+    const bool counted = f.core.kind == Kind::counted_array;
+    if (with_state != 0 && !present_in(f.core.whole_state(ctx, id, obj, err))) {
         if (gx_do_properties_set_null(props, name) < 0) {
             trace(f.msg_array_null, LT_LEVEL_ERROR);
             return k_fail;
@@ -86,20 +86,20 @@ int32_t array(const Type& t, const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, con
         trace(t.msg_vlist_new, LT_LEVEL_ERROR);
         return counted ? k_no_memory : k_fail;
     }
-    const auto element = f.get.element;
-    const auto element_state = f.state.element;
-    uint32_t bound = counted ? f.value(ctx, id, obj, err) : f.arm;
+    const auto element = f.core.get.element;
+    const auto element_state = f.core.state.element;
+    uint32_t bound = counted ? f.core.value(ctx, id, obj, err) : f.core.arm;
     for (uint32_t i = 0; i < bound; ++i) {
         if (*err == 0) {
             const int32_t present = with_state != 0 ? present_in(element_state(ctx, id, obj, i, err)) : 1;
             const void* handle = element(ctx, id, obj, i, err);
-            if (f.vconv(ctx, id, list, 0, present, handle, err) < 0) {
+            if (f.core.vconv(ctx, id, list, 0, present, handle, err) < 0) {
                 gx_do_vlist_deref(list);
-                trace(f.msg, LT_LEVEL_ERROR);
+                trace(f.core.msg, LT_LEVEL_ERROR);
                 return k_fail;
             }
         }
-        if (counted) bound = f.value(ctx, id, obj, err);
+        if (counted) bound = f.core.value(ctx, id, obj, err);
     }
     const int32_t status = gx_do_properties_set_array(props, name, list);
     gx_do_vlist_deref(list);
@@ -112,7 +112,7 @@ int32_t sequence(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* nam
                  const void* obj, int32_t with_state, uint32_t* err) {
     const uint32_t msg_new = f.msg_seq, msg_nvlist = f.msg_seq + 1, msg_length = f.msg_seq + 2,
                    msg_set_array = f.msg_seq + 3;
-    if (with_state != 0 && !present_in(f.state.one(ctx, id, obj, err))) {
+    if (with_state != 0 && !present_in(f.core.state.one(ctx, id, obj, err))) {
         if (gx_do_properties_set_null(props, name) < 0) {
             trace(f.msg_array_null, LT_LEVEL_ERROR);
             return k_fail;
@@ -125,10 +125,10 @@ int32_t sequence(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* nam
         return k_no_memory;
     }
     int32_t failed = 0;
-    const nlist::Sequence s{f.get.one, f.next, f.element, &k_unit, msg_length};
+    const nlist::Sequence s{f.core.get.one, f.core.next, f.element, &k_unit, msg_length};
     switch (nlist::sequence_elements(s, ctx, id, obj, lists, with_state, err, &failed)) {
     case nlist::SeqStep::no_nvlist: trace(msg_nvlist, LT_LEVEL_ERROR); return k_no_memory;
-    case nlist::SeqStep::element_failed: trace(f.msg, LT_LEVEL_ERROR); return k_fail;
+    case nlist::SeqStep::element_failed: trace(f.core.msg, LT_LEVEL_ERROR); return k_fail;
     case nlist::SeqStep::done: break;
     }
     lists.release_element_lists();
@@ -146,27 +146,27 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
     for (const Field& f : std::span(fs, count)) {
         // Repeated fields have no check of the error word before them.
         const bool is_array =
-            f.kind == Kind::fixed_array || f.kind == Kind::counted_array || f.kind == Kind::sequence;
-        if (f.kind == Kind::arm) {
+            f.core.kind == Kind::fixed_array || f.core.kind == Kind::counted_array || f.core.kind == Kind::sequence;
+        if (f.core.kind == Kind::arm) {
             // Read afresh per arm, before the error word is looked at.
-            const uint32_t selected = f.value(ctx, id, obj, err);
+            const uint32_t selected = f.core.value(ctx, id, obj, err);
             if (*err != 0) continue;
             if (k_name_max - len < f.len) return k_fail;
             append_text(buffer, len, f.text, f.len);
             int32_t status;
-            if (selected == f.arm) {
-                status = f.nested(ctx, id, buffer, props, f.get.one(ctx, id, obj, err),
+            if (selected == f.core.arm) {
+                status = f.nested(ctx, id, buffer, props, f.core.get.one(ctx, id, obj, err),
                                   with_state, err);
-                if (status != 0) trace(f.msg, LT_LEVEL_ERROR);
+                if (status != 0) trace(f.core.msg, LT_LEVEL_ERROR);
             } else {
                 status = f.nested_null(nullptr, 0, buffer, props, err);
-                if (status != 0) trace(f.msg_null, LT_LEVEL_ERROR);
+                if (status != 0) trace(f.core.msg_null, LT_LEVEL_ERROR);
             }
             if (status != 0) return status;
             buffer[len] = 0;
             continue;
         }
-        if (f.kind == Kind::chars) {
+        if (f.core.kind == Kind::chars) {
             // The characters are fetched before the room check.
             if (*err != 0) continue;
             const int32_t is_default =
@@ -174,16 +174,16 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
             int32_t present = 1;
             int32_t dflt = is_default;
             if (with_state != 0) {
-                const uint8_t state = f.state.one(ctx, id, obj, err);
+                const uint8_t state = f.core.state.one(ctx, id, obj, err);
                 if (dflt == 0) dflt = state & 1u;
                 present = present_in(state);
             }
-            const auto get = f.get.chars;
+            const auto get = f.core.get.chars;
             int32_t status;
-            if (f.value != nullptr) {
-                const uint32_t n = f.value(ctx, id, obj, err) & 0xffffu;
+            if (f.core.value != nullptr) {
+                const uint32_t n = f.core.value(ctx, id, obj, err) & 0xffffu;
                 char* chars = static_cast<char*>(__builtin_alloca(n + 1));
-                const uint32_t again = f.value(ctx, id, obj, err) & 0xffffu;
+                const uint32_t again = f.core.value(ctx, id, obj, err) & 0xffffu;
                 std::memset(chars, 0, n + 1);
                 get(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
                 if (k_name_max - len < f.len) return k_fail;
@@ -197,7 +197,7 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
                 status = var_string_to_properties(ctx, id, buffer, props, dflt, present, chars, err);
             }
             if (status != 0) {
-                trace(f.msg, LT_LEVEL_ERROR);
+                trace(f.core.msg, LT_LEVEL_ERROR);
                 return status;
             }
             buffer[len] = 0;
@@ -207,9 +207,9 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
         if (k_name_max - len < f.len) return k_fail;
         append_text(buffer, len, f.text, f.len);
         int32_t status;
-        switch (f.kind) {
+        switch (f.core.kind) {
         case Kind::nested:
-            status = f.nested(ctx, id, buffer, props, f.get.one(ctx, id, obj, err), with_state,
+            status = f.nested(ctx, id, buffer, props, f.core.get.one(ctx, id, obj, err), with_state,
                               err);
             break;
         case Kind::fixed_array:
@@ -218,7 +218,7 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
         default: status = leaf(f, ctx, id, buffer, props, obj, with_state, default_variant, err); break;
         }
         if (status != 0) {
-            if (!is_array) trace(f.msg, LT_LEVEL_ERROR);
+            if (!is_array) trace(f.core.msg, LT_LEVEL_ERROR);
             return status;
         }
         buffer[len] = 0;
@@ -230,15 +230,16 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
 int32_t extensions(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, char* buffer, size_t len,
                    gx_do_properties* props, const void* obj, int32_t with_state, int8_t variant,
                    int8_t default_variant, uint32_t* err) {
-    for (uint32_t k = 1; k <= t.levels; ++k) {
-        const Extension& x = t.extensions[k - 1];
+    for (uint32_t k = 1; k <= t.core.levels; ++k) {
+        const Extension& x = t.core.extensions[k - 1];
         if (variant >= static_cast<int32_t>(k)) {
             const int32_t status =
-                fields(t, x.fields, x.count, ctx, id, buffer, len, props, obj, with_state, default_variant, err);
+                fields(t, x.core.fields, x.core.count, ctx, id, buffer, len, props, obj, with_state, default_variant,
+                       err);
             if (status != 0) return status;
             continue;
         }
-        __LTf_0(&k_unit, x.msg_null, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG);
+        __LTf_0(&k_unit, x.core.msg_null, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG);
         int32_t status = 0;
         if (x.null != nullptr) {
             status = x.null(ctx, id, prefix, props, err);
@@ -249,7 +250,8 @@ int32_t extensions(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* pr
             if (*err == 0 && std::strlen(prefix) > k_name_max) status = k_fail;
         }
         if (status != 0) {
-            __LTf_4(&k_unit, x.msg_error, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG, static_cast<uint32_t>(status));
+            __LTf_4(&k_unit, x.core.msg_error, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG,
+                    static_cast<uint32_t>(status));
             return status;
         }
     }
@@ -272,12 +274,12 @@ int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix
     __strcat_to_buf(k_buffer_size, buffer, prefix);
     const size_t len = prefix_len;   // the whole prefix fitted
 
-    const int8_t variant = t.reads_variant ? record_variant(&k_unit, t.msg_variant, obj) : 0;
+    const int8_t variant = t.core.reads_variant ? record_variant(&k_unit, t.core.msg_variant, obj) : 0;
 
-    const int32_t status = fields(t, t.fields, t.count, ctx, id, buffer, len, props, obj, with_state,
+    const int32_t status = fields(t, t.core.fields, t.core.count, ctx, id, buffer, len, props, obj, with_state,
                                   default_variant, err);
     if (status != 0) return status;
-    return t.levels != 0 ? extensions(t, ctx, id, prefix, buffer, len, props, obj, with_state, variant,
+    return t.core.levels != 0 ? extensions(t, ctx, id, prefix, buffer, len, props, obj, with_state, variant,
                                       default_variant, err)
                          : 0;
 }
@@ -292,7 +294,7 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* p
         if (props == nullptr || err == nullptr) return k_fail;
         if (*err != 0) return 0;
         if (prefix == nullptr) {
-            if (t.count == 0) return 0;
+            if (t.core.count == 0) return 0;
             check_first = false;
         } else {
             len = std::strlen(prefix);
@@ -312,21 +314,21 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* p
     (void)ctx;
     (void)id;
     bool first = true;
-    for (const Field& f : std::span(t.fields, t.count)) {
+    for (const Field& f : std::span(t.core.fields, t.core.count)) {
         if (*err != 0) return 0;
         if ((check_first || !first) && k_name_max - len < f.len) return k_fail;
         first = false;
         append_text(buffer, len, f.text, f.len);
-        if (f.kind == Kind::nested || f.kind == Kind::arm) {
+        if (f.core.kind == Kind::nested || f.core.kind == Kind::arm) {
             const int32_t status = f.nested_null(nullptr, 0, buffer, props, err);
             if (status != 0) {
-                trace(f.msg_null, LT_LEVEL_ERROR);
+                trace(f.core.msg_null, LT_LEVEL_ERROR);
                 return status;
             }
         } else {
             const int32_t status = gx_do_properties_set_null(props, buffer);
             if (status != 0) {
-                trace(f.msg_null, LT_LEVEL_ERROR);
+                trace(f.core.msg_null, LT_LEVEL_ERROR);
                 return status;
             }
         }

@@ -34,19 +34,19 @@ constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
 
 // A negative instance variant is a broken invariant, not a status.
 int8_t checked_variant(const Type& t, const void* obj, uint32_t msg) {
-    return t.reads_variant ? record_variant(&k_unit, msg, obj) : 0;
+    return t.core.reads_variant ? record_variant(&k_unit, msg, obj) : 0;
 }
 
 int32_t compare_default(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err) {
-    switch (f.dflt) {
+    switch (f.core.dflt) {
     case Default::none: return 0;
-    case Default::arm_one: return f.value(ctx, id, obj, err) == 1;
-    case Default::zero: return f.value(ctx, id, obj, err) == 0;
-    case Default::zero16: return (f.value(ctx, id, obj, err) & 0xffffu) == 0;
+    case Default::arm_one: return f.core.value(ctx, id, obj, err) == 1;
+    case Default::zero: return f.core.value(ctx, id, obj, err) == 0;
+    case Default::zero16: return (f.core.value(ctx, id, obj, err) & 0xffffu) == 0;
     case Default::ip_address:
-        return ip_address_is_default(ctx, id, f.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
+        return ip_address_is_default(ctx, id, f.core.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
     case Default::rsl_vstring:
-        return rsl_vstring_is_default(ctx, id, f.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
+        return rsl_vstring_is_default(ctx, id, f.core.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
     }
     return 0;
 }
@@ -58,26 +58,26 @@ int32_t leaf(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, gx
     int32_t is_default = default_variant >= 0 ? compare_default(f, ctx, id, obj, err) : 0;
     int32_t present = 1;
     if (with_state != 0) {
-        const uint8_t state = f.state.one(ctx, id, obj, err);
+        const uint8_t state = f.core.state.one(ctx, id, obj, err);
         if (is_default == 0) is_default = state & 1u;
         present = present_in(state);
     }
-    switch (f.kind) {
+    switch (f.core.kind) {
     case Kind::chars: {
-        if (f.value == nullptr) {
+        if (f.core.value == nullptr) {
             char chars[10] = {};
-            f.get.chars(ctx, id, obj, chars, sizeof chars, err);
+            f.core.get.chars(ctx, id, obj, chars, sizeof chars, err);
             return var_string_to_vlist(ctx, id, vlist, is_default, present, chars, err);
         }
-        const uint32_t n = f.value(ctx, id, obj, err) & 0xffffu;
+        const uint32_t n = f.core.value(ctx, id, obj, err) & 0xffffu;
         char* chars = static_cast<char*>(__builtin_alloca(n + 1));
         std::memset(chars, 0, n + 1);
-        const uint32_t again = f.value(ctx, id, obj, err) & 0xffffu;
-        f.get.chars(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
+        const uint32_t again = f.core.value(ctx, id, obj, err) & 0xffffu;
+        f.core.get.chars(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
         return var_string_to_vlist(ctx, id, vlist, is_default, present, chars, err);
     }
-    case Kind::leaf: return f.conv(ctx, id, vlist, is_default, present, f.get.one(ctx, id, obj, err), err);
-    default: return f.tconv(ctx, id, f.get.one(ctx, id, obj, err), vlist, is_default, present, err);
+    case Kind::leaf: return f.core.vconv(ctx, id, vlist, is_default, present, f.core.get.one(ctx, id, obj, err), err);
+    default: return f.tconv(ctx, id, f.core.get.one(ctx, id, obj, err), vlist, is_default, present, err);
     }
 }
 
@@ -88,9 +88,9 @@ struct ArrayMsgs {
 };
 int32_t array(const Field& f, const ArrayMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj,
               gx_do_vlist* vlist, int32_t with_state, uint32_t* err, bool* nulled) {
-    const bool counted = f.kind == Kind::counted_array;
+    const bool counted = f.core.kind == Kind::counted_array;
     *nulled = false;
-    if (with_state != 0 && !present_in(f.whole_state(ctx, id, obj, err))) {
+    if (with_state != 0 && !present_in(f.core.whole_state(ctx, id, obj, err))) {
         *nulled = true;
         return gx_do_vlist_add_null(vlist);
     }
@@ -99,18 +99,18 @@ int32_t array(const Field& f, const ArrayMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t id
         trace(m.vlist_new, LT_LEVEL_ERROR);
         return k_refused;
     }
-    uint32_t bound = counted ? f.value(ctx, id, obj, err) : f.arm;
+    uint32_t bound = counted ? f.core.value(ctx, id, obj, err) : f.core.arm;
     for (uint32_t i = 0; i < bound; ++i) {
         if (*err == 0) {
-            const int32_t present = with_state != 0 ? present_in(f.state.element(ctx, id, obj, i, err)) : 1;
-            const int32_t r = f.conv(ctx, id, list, 0, present, f.get.element(ctx, id, obj, i, err), err);
+            const int32_t present = with_state != 0 ? present_in(f.core.state.element(ctx, id, obj, i, err)) : 1;
+            const int32_t r = f.core.vconv(ctx, id, list, 0, present, f.core.get.element(ctx, id, obj, i, err), err);
             if (r < 0) {
                 trace(m.element, LT_LEVEL_ERROR);
                 gx_do_vlist_deref(list);
                 return r;
             }
         }
-        if (counted) bound = f.value(ctx, id, obj, err);  // the count as it stands after each element
+        if (counted) bound = f.core.value(ctx, id, obj, err);  // the count as it stands after each element
     }
     const int32_t r = gx_do_vlist_add_array(vlist, list);
     gx_do_vlist_deref(list);
@@ -126,7 +126,7 @@ struct SeqMsgs {
 int32_t sequence(const Field& f, const SeqMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj,
                  gx_do_vlist* vlist, int32_t with_state, uint32_t* err, bool* nulled) {
     *nulled = false;
-    if (with_state != 0 && !present_in(f.state.one(ctx, id, obj, err))) {
+    if (with_state != 0 && !present_in(f.core.state.one(ctx, id, obj, err))) {
         *nulled = true;
         const int32_t r = gx_do_vlist_add_null(vlist);
         if (r < 0) trace(m.state_null, LT_LEVEL_ERROR);
@@ -138,8 +138,8 @@ int32_t sequence(const Field& f, const SeqMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t i
         return k_refused;
     }
     int32_t failed = 0;
-    switch (nlist::sequence_elements({f.get.one, f.next, f.pairs, &k_unit, m.fatal}, ctx, id, obj, lists, with_state,
-                                     err, &failed)) {
+    switch (nlist::sequence_elements({f.core.get.one, f.core.next, f.pairs, &k_unit, m.fatal}, ctx, id, obj, lists,
+                                     with_state, err, &failed)) {
     case nlist::SeqStep::done: break;
     case nlist::SeqStep::no_nvlist: trace(m.nvlist_new, LT_LEVEL_ERROR); return k_refused;
     case nlist::SeqStep::element_failed: trace(m.element, LT_LEVEL_ERROR); return failed;
@@ -156,27 +156,27 @@ int32_t all_fields(const Type& t, std::span<const Field> fields, rsl_ctx_t ctx, 
                    gx_do_vlist* vlist, int32_t with_state, int8_t default_variant, int32_t result, uint32_t* err) {
     for (const Field& f : fields) {
         int32_t r;
-        switch (f.kind) {
+        switch (f.core.kind) {
         case Kind::nested:
             // Called with the error word set too: it answers -1, and every level traces.
-            r = f.nested(ctx, id, f.get.one(ctx, id, obj, err), vlist, with_state, err);
+            r = f.nested(ctx, id, f.core.get.one(ctx, id, obj, err), vlist, with_state, err);
             if (r < 0) {
-                trace(f.msg, LT_LEVEL_ERROR);
+                trace(f.core.msg, LT_LEVEL_ERROR);
                 return r;
             }
             break;
         case Kind::arm:
-            if (f.value(ctx, id, obj, err) == f.arm) {
-                r = f.nested(ctx, id, f.get.one(ctx, id, obj, err), vlist, with_state, err);
+            if (f.core.value(ctx, id, obj, err) == f.core.arm) {
+                r = f.nested(ctx, id, f.core.get.one(ctx, id, obj, err), vlist, with_state, err);
                 if (r < 0) {
-                    trace(f.msg, LT_LEVEL_ERROR);
+                    trace(f.core.msg, LT_LEVEL_ERROR);
                     return r;
                 }
             } else {
                 if (*err != 0) continue;
                 r = f.nested_null(ctx, id, vlist, err);
                 if (r < 0) {
-                    trace(f.msg_null, LT_LEVEL_ERROR);
+                    trace(f.core.msg_null, LT_LEVEL_ERROR);
                     return r;
                 }
             }
@@ -184,7 +184,7 @@ int32_t all_fields(const Type& t, std::span<const Field> fields, rsl_ctx_t ctx, 
         case Kind::fixed_array:
         case Kind::counted_array: {
             bool nulled;
-            r = array(f, {t.msg_vlist_new, f.msg, t.msg_add_array}, ctx, id, obj, vlist, with_state, err, &nulled);
+            r = array(f, {t.msg_vlist_new, f.core.msg, t.msg_add_array}, ctx, id, obj, vlist, with_state, err, &nulled);
             if (nulled) {
                 if (r < 0) {
                     trace(f.msg_state_null, LT_LEVEL_ERROR);
@@ -197,7 +197,7 @@ int32_t all_fields(const Type& t, std::span<const Field> fields, rsl_ctx_t ctx, 
         }
         case Kind::sequence: {
             bool nulled;
-            r = sequence(f, {f.msg_state_null, t.msg_xxx_new, t.msg_nvlist_new, f.msg, f.msg_fatal,
+            r = sequence(f, {f.msg_state_null, t.msg_xxx_new, t.msg_nvlist_new, f.core.msg, f.msg_fatal,
                              t.msg_seq_add_array},
                          ctx, id, obj, vlist, with_state, err, &nulled);
             if (r < 0) return r;
@@ -208,7 +208,7 @@ int32_t all_fields(const Type& t, std::span<const Field> fields, rsl_ctx_t ctx, 
             if (*err != 0) continue;  // a set error word leaves the leaf out
             r = leaf(f, ctx, id, obj, vlist, with_state, default_variant, err);
             if (r < 0) {
-                trace(f.msg, LT_LEVEL_ERROR);
+                trace(f.core.msg, LT_LEVEL_ERROR);
                 return r;
             }
             break;
@@ -224,26 +224,26 @@ int32_t render_all(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* ob
                    int32_t with_state, uint32_t* err) {
     const auto default_variant = static_cast<int8_t>(zan_config_defaults_default_get_variant(ctx));
     if (*err != 0 || obj == nullptr || vlist == nullptr) return k_refused;
-    const int8_t variant = checked_variant(t, obj, t.msg_variant);
-    int32_t result = all_fields(t, std::span(t.fields, t.count), ctx, id, obj, vlist, with_state, default_variant,
-                                0, err);
+    const int8_t variant = checked_variant(t, obj, t.core.msg_variant);
+    int32_t result = all_fields(t, std::span(t.core.fields, t.core.count), ctx, id, obj, vlist, with_state,
+                                default_variant, 0, err);
     if (result < 0) return result;
-    for (uint32_t k = 1; k <= t.levels; ++k) {
-        const Extension& x = t.extensions[k - 1];
+    for (uint32_t k = 1; k <= t.core.levels; ++k) {
+        const Extension& x = t.core.extensions[k - 1];
         if (variant >= static_cast<int32_t>(k)) {
-            result = all_fields(t, std::span(x.fields, x.count), ctx, id, obj, vlist, with_state, default_variant,
-                                result, err);
+            result = all_fields(t, std::span(x.core.fields, x.core.count), ctx, id, obj, vlist, with_state,
+                                default_variant, result, err);
             if (result < 0) return result;
             continue;
         }
-        trace(x.msg_null, LT_LEVEL_DEBUG);
+        trace(x.core.msg_null, LT_LEVEL_DEBUG);
         int32_t r = k_refused;
         if (*err == 0) {
             r = 0;  // an extension without attributes adds nothing
-            for (uint32_t i = 0; i < x.count && r >= 0; ++i) r = gx_do_vlist_add_null(vlist);
+            for (uint32_t i = 0; i < x.core.count && r >= 0; ++i) r = gx_do_vlist_add_null(vlist);
         }
         if (r < 0) {
-            trace_number(x.msg_error, LT_LEVEL_DEBUG, r);
+            trace_number(x.core.msg_error, LT_LEVEL_DEBUG, r);
             return r;
         }
         result = r;
@@ -257,10 +257,11 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* 
     auto run = [&](std::span<const Field> fields) {
         for (const Field& f : fields) {
             if (*err != 0) return true;  // set between two fields: ends with the latest result
-            const int32_t r = f.kind == Kind::nested || f.kind == Kind::arm ? f.nested_null(ctx, id, vlist, err)
-                                                                              : gx_do_vlist_add_null(vlist);
+            const int32_t r = f.core.kind == Kind::nested || f.core.kind == Kind::arm
+                                  ? f.nested_null(ctx, id, vlist, err)
+                                  : gx_do_vlist_add_null(vlist);
             if (r < 0) {
-                trace(f.msg_null, LT_LEVEL_ERROR);
+                trace(f.core.msg_null, LT_LEVEL_ERROR);
                 result = r;
                 return true;
             }
@@ -268,9 +269,9 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* 
         }
         return false;
     };
-    if (run(std::span(t.fields, t.count))) return result;
-    for (uint32_t k = 0; k < t.levels; ++k)
-        if (run(std::span(t.extensions[k].fields, t.extensions[k].count))) return result;
+    if (run(std::span(t.core.fields, t.core.count))) return result;
+    for (uint32_t k = 0; k < t.core.levels; ++k)
+        if (run(std::span(t.core.extensions[k].core.fields, t.core.extensions[k].core.count))) return result;
     return result;
 }
 
@@ -284,15 +285,15 @@ int32_t select(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* token,
 
     auto enter = [&](const Field& f) {
         const char* next = strtok_r(nullptr, ".", save_ptr);
-        return f.select(ctx, id, next, save_ptr, f.get.one(ctx, id, obj, err), vlist, with_state, err);
+        return f.select(ctx, id, next, save_ptr, f.core.get.one(ctx, id, obj, err), vlist, with_state, err);
     };
-    for (const Field& f : std::span(t.fields, t.count)) {
+    for (const Field& f : std::span(t.core.fields, t.core.count)) {
         if (std::strcmp(token, f.name) != 0) continue;
-        switch (f.kind) {
+        switch (f.core.kind) {
         case Kind::nested: return enter(f);
         case Kind::arm:
             // An unselected arm stands as one null, whatever the rest of the name says.
-            if (f.value(ctx, id, obj, err) == f.arm) return enter(f);
+            if (f.core.value(ctx, id, obj, err) == f.core.arm) return enter(f);
             return gx_do_vlist_add_null(vlist);
         case Kind::fixed_array:
         case Kind::counted_array: {
@@ -313,9 +314,9 @@ int32_t select(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* token,
             return leaf(f, ctx, id, obj, vlist, with_state, default_variant, err);
         }
     }
-    for (uint32_t k = 1; k <= t.levels; ++k) {
-        const Extension& x = t.extensions[k - 1];
-        const std::span<const Field> fields(x.fields, x.count);
+    for (uint32_t k = 1; k <= t.core.levels; ++k) {
+        const Extension& x = t.core.extensions[k - 1];
+        const std::span<const Field> fields(x.core.fields, x.core.count);
         if (variant < static_cast<int32_t>(k)) {
             trace(x.msg_sel, LT_LEVEL_DEBUG);
             for (const Field& f : fields) {

@@ -20,9 +20,10 @@ schema-specific is data. Identifiers of generated data live in namespace zan::ge
 """
 
 from catalogue import CatalogueError, MAX_NAME
-from . import fe_rows
-
-GENERATOR = "gen/backends/frontend.py"
+from . import fe_nlist, fe_rows, fe_vlist
+from .fe_common import (CTX, GENERATOR, LEAF_CONV, LEAF_TRACED, Messages, Units, c_str, columns_fn, extension_core,
+                        field_array, field_initialiser, field_word, head, ntlist_fn, pairs_fn, props_fn, props_null_fn,
+                        sources, type_core, typed_names, vlist_fn)
 
 # The frame's own exported names (the families' names follow from the catalogue).
 FRAME_EXPORTS = (
@@ -48,15 +49,6 @@ KIND_RECORD, KIND_BASE, KIND_ENUM, KIND_FLAGS, KIND_TABLE = 1, 2, 3, 4, 5
 KIND_WORD = {1: "record", 2: "base", 3: "enum", 4: "flags or scalar", 5: "table"}
 
 
-# ---------------------------------------------------------------------- names
-def ntlist_fn(record):
-    return f"{record}_to_ntlist"
-
-
-def columns_fn(table):
-    return f"{table}_table_columns_to_ntlist"
-
-
 def exports(cat):
     """Every name the library exports, in a stable order."""
     return (list(FRAME_EXPORTS) + resolve_exports(cat) + [ntlist_fn(r.name) for r in cat.record_order()]
@@ -76,22 +68,6 @@ def type_kinds(cat, slot):
     if slot.category == "flags":
         return KIND_FLAGS, KIND_FLAGS
     raise CatalogueError(f"type row {slot.index}: {slot.name} has no category")
-
-
-# ---------------------------------------------------------------------- text helpers
-def head(source, what):
-    return (f"// generated from {source} by {GENERATOR}, do not edit\n"
-            f"// {what}\n")
-
-
-def c_str(text):
-    return '"' + text.replace("\\", "\\\\").replace('"', '\\"') + '"'
-
-
-def sources(cat, domain):
-    files = sorted({r.loc.file for r in cat.records.values() if r.domain == domain}
-                   | {p.loc.file for p in cat.positions.values() if p.domain == domain})
-    return ", ".join("schema/" + f for f in files)
 
 
 class Pool:
@@ -617,7 +593,6 @@ def props_rows(cat, rendered, tables):
 def files(cat):
     check(cat)
     props_out, rendered, props_tables = props_files(cat)
-    from backends import fe_vlist
     vlist_out, vlist_rows = fe_vlist.files(cat)
     ordinal = {r.name: i for i, r in enumerate(cat.record_order())}
     out = {
@@ -631,7 +606,6 @@ def files(cat):
     out.update(resolve_files(cat))
     out.update(props_out)
     out.update(vlist_out)
-    from backends import fe_nlist  # paired name and value rendering; it imports helpers of this module
     out.update(fe_nlist.files(cat))
     for d in cat.domains:
         records = [r for r in cat.records.values() if r.domain == d]
@@ -642,19 +616,6 @@ def files(cat):
 
 
 # ---------------------------------------------------------------------- rendering to properties
-LEAF_TRACED = {"int32", "u_int32", "u_int8", "u_int16", "int16", "u_int64", "rsl_boolean"}
-LEAF_CONV = LEAF_TRACED | {"rsl_vstring", "ip_address", "rsl_mac_addr"}
-VLIST_CONV = {"u_int8", "u_int16", "u_int32"}
-
-
-def props_fn(name):
-    return f"{name}_to_properties"
-
-
-def null_fn(name):
-    return f"{name}_to_null_properties"
-
-
 def props_plan(cat):
     """(rendered records in slot order, null renderings {name: lenient}, obj_type groups)."""
     rendered = list(cat.record_order())
@@ -669,49 +630,20 @@ def props_plan(cat):
     return rendered, nulls, groups
 
 
-class Messages:
-    def __init__(self):
-        self.formats = []
-
-    def add(self, text):
-        self.formats.append(text)
-        return len(self.formats) - 1
-
-
-def field_word(f):
-    if f.kind in ("enum", "flags"):
-        return f.type
-    if f.kind == "array":
-        return f.type if f.shape != "chars" else "var_string"
-    return f.word
-
-
-def props_field(cat, r, f, msgs, imports, with_null):
-    """Designated initialiser of one Field, and the imported names it uses."""
+def props_field(cat, r, f, msgs, u, with_null):
+    """Initialiser of one Field, with the messages it names, in code order."""
     t, acc = r.name, f"{r.name}_{f.name}"
-    d = {"text": c_str(f.prop_text), "len": str(len(f.prop_text))}
-    ctx = "rsl_ctx_t, rsl_ctx_id_t"
-    if f.kind == "nested" and f.arm:
-        d.update(kind="Kind::arm", arm=str(f.arm), get=f"{{.one = &{acc}_get}}",
-                 value=f"&{t}_descriminator_get_value", nested=f"&{props_fn(f.type)}",
-                 nested_null=f"&{null_fn(f.type)}")
-        imports[f"{acc}_get"] = f"const void* {acc}_get({ctx}, const void*, uint32_t*);"
-        imports[f"{t}_descriminator_get_value"] = f"uint32_t {t}_descriminator_get_value({ctx}, const void*, uint32_t*);"
-        d["msg"] = str(msgs.add(f"{t} to_properties: {props_fn(f.type)} failed for descriminator_{f.name}"))
-        d["msg_null"] = str(msgs.add(f"{t} to_null_properties: {null_fn(f.type)} failed for {t}"))
-    elif f.kind == "nested":
-        d.update(kind="Kind::nested", get=f"{{.one = &{acc}_get}}", nested=f"&{props_fn(f.type)}")
-        imports[f"{acc}_get"] = f"const void* {acc}_get({ctx}, const void*, uint32_t*);"
-        d["msg"] = str(msgs.add(f"{t} to_properties: {props_fn(f.type)} failed for {acc}"))
-        if with_null:
-            d["nested_null"] = f"&{null_fn(f.type)}"
-            d["msg_null"] = str(msgs.add(f"{t} to_null_properties: {null_fn(f.type)} failed for {t}"))
+    d = {"text": c_str(f.prop_text), "len": str(len(f.prop_text)), **u.access(r, f)}
+    if f.kind == "nested":
+        d["nested"] = f"&{props_fn(f.type)}"
+        if f.arm or with_null:
+            d["nested_null"] = f"&{props_null_fn(f.type)}"
+        d["msg"] = str(msgs.add(f"{t} to_properties: {props_fn(f.type)} failed for "
+                                + (f"descriminator_{f.name}" if f.arm else acc)))
+        if f.arm or with_null:
+            d["msg_null"] = str(msgs.add(f"{t} to_null_properties: {props_null_fn(f.type)} failed for {t}"))
     elif f.kind == "array" and f.shape == "seq":
-        d.update(kind="Kind::sequence", get=f"{{.one = &{acc}_get_first}}", state=f"{{.one = &{acc}_state_flag_get}}",
-                 next=f"&{acc}_get_next", element=f"&{f.type}_to_nlist_vlist_all")
-        imports[f"{acc}_get_first"] = f"const void* {acc}_get_first({ctx}, const void*, uint32_t*);"
-        imports[f"{acc}_get_next"] = f"const void* {acc}_get_next({ctx}, const void*, const void*, uint32_t*);"
-        imports[f"{acc}_state_flag_get"] = f"uint8_t {acc}_state_flag_get({ctx}, const void*, uint32_t*);"
+        d["element"] = f"&{pairs_fn(f.type)}"
         d["msg_array_null"] = str(msgs.add(f"{t} to_properties: gx_do_properties_set_null failed for {acc}"))
         d["msg"] = str(msgs.add(f"{t} to_properties: {f.type}_to_nlist_vlist_all failed for {acc}"))
         d["msg_seq"] = str(msgs.add(f"{t} to_properties: gx_do_xxx_new failed"))
@@ -722,28 +654,9 @@ def props_field(cat, r, f, msgs, imports, with_null):
             d["msg_null"] = str(msgs.add(f"{t} to_properties: {f.type}_set_null_properties failed for {t}"))
     elif f.kind == "array":
         if f.shape == "chars":
-            d.update(kind="Kind::chars", get=f"{{.chars = &{acc}_get}}",
-                     state=f"{{.one = &{acc}_state_flag_get}}")
-            imports[f"{acc}_get"] = f"void {acc}_get({ctx}, const void*, char*, uint32_t, uint32_t*);"
-            imports[f"{acc}_state_flag_get"] = f"uint8_t {acc}_state_flag_get({ctx}, const void*, uint32_t*);"
-            if not f.bound.isdigit():
-                d["value"] = f"&{t}_{f.bound}_get_value"
-                imports[f"{t}_{f.bound}_get_value"] = f"uint32_t {t}_{f.bound}_get_value({ctx}, const void*, uint32_t*);"
             d["msg"] = str(msgs.add(f"{t} to_properties: var_string_to_properties failed for {f.name}"))
         else:
-            counted = f.shape == "counted"
-            d.update(kind="Kind::counted_array" if counted else "Kind::fixed_array",
-                     get=f"{{.element = &{acc}_get}}",
-                     state=f"{{.element = &{acc}_state_flag_get}}",
-                     whole_state=f"&{acc}_state_flag_whole_get", vconv=f"&{f.type}_to_vlist")
-            imports[f"{acc}_get"] = f"const void* {acc}_get({ctx}, const void*, uint32_t, uint32_t*);"
-            imports[f"{acc}_state_flag_get"] = f"uint8_t {acc}_state_flag_get({ctx}, const void*, uint32_t, uint32_t*);"
-            imports[f"{acc}_state_flag_whole_get"] = f"uint8_t {acc}_state_flag_whole_get({ctx}, const void*, uint32_t*);"
-            if counted:
-                d["value"] = f"&{t}_{f.bound}_get_value"
-                imports[f"{t}_{f.bound}_get_value"] = f"uint32_t {t}_{f.bound}_get_value({ctx}, const void*, uint32_t*);"
-            else:
-                d["arm"] = f.bound + " /* bound */"
+            d["vconv"] = f"&{vlist_fn(f.type)}"
             d["msg"] = str(msgs.add(f"{t} to_properties: {f.type}_to_vlist failed for {acc}"))
             d["msg_array_null"] = str(msgs.add(f"{t} to_properties: gx_do_properties_set_null failed for {acc}"))
         if with_null:
@@ -751,23 +664,9 @@ def props_field(cat, r, f, msgs, imports, with_null):
                                          f"_set_null_properties failed for {t}"))
     else:
         word = field_word(f)
-        disc = f.name == "descriminator"
-        d.update(kind="Kind::discriminator" if disc else "Kind::leaf",
-                 get=f"{{.one = &{acc}_get}}",
-                 state=f"{{.one = &{acc}_state_flag_get}}", conv=f"&{props_fn(word)}")
-        imports[f"{acc}_get"] = f"const void* {acc}_get({ctx}, const void*, uint32_t*);"
-        imports[f"{acc}_state_flag_get"] = f"uint8_t {acc}_state_flag_get({ctx}, const void*, uint32_t*);"
-        if f.default is not None:
-            if disc:
-                d["dflt"] = "Default::arm_one"
-            elif f.default.startswith('"'):
-                d["dflt"] = {"ip_address": "Default::ip_address", "rsl_vstring": "Default::rsl_vstring"}[f.word]
-            else:
-                d["dflt"] = "Default::zero16" if f.word in ("int16", "u_int16") \
-                    else "Default::zero"
-            if not f.default.startswith('"'):
-                d["value"] = f"&{acc}_get_value"
-                imports[f"{acc}_get_value"] = f"uint32_t {acc}_get_value({ctx}, const void*, uint32_t*);"
+        if d["kind"] == "Kind::typed":   # enumerations and flag sets convert as leaves do here
+            d["kind"] = "Kind::leaf"
+        d["conv"] = f"&{props_fn(word)}"
         if f.kind in ("enum", "flags") or word in LEAF_TRACED:
             d["msg"] = str(msgs.add(f"{t} to_properties: {props_fn(word)} failed for {acc}"))
         if with_null:
@@ -775,15 +674,13 @@ def props_field(cat, r, f, msgs, imports, with_null):
     return field_init(d)
 
 
-FIELD_ORDER = (("text", None), ("len", None), ("kind", None), ("dflt", "Default::none"), ("arm", "0"),
-               ("get", "{}"), ("state", "{}"), ("whole_state", "nullptr"), ("value", "nullptr"),
-               ("conv", "nullptr"), ("vconv", "nullptr"), ("nested", "nullptr"), ("nested_null", "nullptr"),
-               ("msg", "k_no_msg"), ("msg_null", "k_no_msg"), ("msg_array_null", "k_no_msg"),
-               ("next", "nullptr"), ("element", "nullptr"), ("msg_seq", "k_no_msg"))
+FIELD_ORDER = (("text", None), ("core", None), ("conv", "nullptr"), ("nested", "nullptr"),
+               ("nested_null", "nullptr"), ("element", "nullptr"), ("msg_array_null", "k_no_msg"),
+               ("msg_seq", "k_no_msg"), ("len", None))
 
 
 def field_init(d):
-    return "{" + ", ".join(str(d.get(k, v)) for k, v in FIELD_ORDER) + "}"
+    return field_initialiser(d, FIELD_ORDER)
 
 
 def props_null_only(name, attrs, msgs):
@@ -798,138 +695,106 @@ def props_null_only(name, attrs, msgs):
 def props_files(cat):
     rendered, nulls, groups = props_plan(cat)
     msgs = Messages()
-    units = {}
-
-    def unit(name):
-        """(imports, decls, body, shims, defined) of the file of one domain."""
-        return units.setdefault(name, ({}, {}, [], [], []))
-    ctx = "rsl_ctx_t, rsl_ctx_id_t"
-    sig_t = f"int32_t {{}}({ctx}, const char*, gx_do_properties*, const void*, int32_t, uint32_t*)"
-    sig_n = f"int32_t {{}}({ctx}, const char*, gx_do_properties*, uint32_t*)"
-    sig_l = f"int32_t {{}}({ctx}, const char*, gx_do_properties*, int32_t, int32_t, const void*, uint32_t*)"
+    units = Units()
+    sig_t = f"int32_t {{}}({CTX}, const char*, gx_do_properties*, const void*, int32_t, uint32_t*)"
+    sig_n = f"int32_t {{}}({CTX}, const char*, gx_do_properties*, uint32_t*)"
+    sig_l = f"int32_t {{}}({CTX}, const char*, gx_do_properties*, int32_t, int32_t, const void*, uint32_t*)"
     for r in rendered:
-        imports, decls, body, shims, defined = unit(r.domain)
-        defined.append(sig_t.format(props_fn(r.name)))
+        u = units[r.domain]
+        u.defined.append(sig_t.format(props_fn(r.name)))
         with_null = nulls.get(r.name) is False
-        rows = [props_field(cat, r, f, msgs, imports, with_null) for f in r.fields]
-        body.append(f"// {r.name}\nconstexpr Field f_{r.name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
+        rows = [props_field(cat, r, f, msgs, u, with_null) for f in r.fields]
+        u.body.append(field_array(f"f_{r.name}", rows, r.name))
         for f in r.fields:
             if f.kind == "nested":
-                decls[props_fn(f.type)] = sig_t.format(props_fn(f.type))
+                u.decls[props_fn(f.type)] = sig_t.format(props_fn(f.type))
                 if f.arm or with_null:
-                    decls[null_fn(f.type)] = sig_n.format(null_fn(f.type))
+                    u.decls[props_null_fn(f.type)] = sig_n.format(props_null_fn(f.type))
             elif f.shape == "seq":
-                decls[f"{f.type}_to_nlist_vlist_all"] = (f"int32_t {f.type}_to_nlist_vlist_all({ctx}, const void*, "
-                                                         "gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*)")
+                u.decls[pairs_fn(f.type)] = (f"int32_t {pairs_fn(f.type)}({CTX}, const void*, "
+                                             "gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*)")
             elif f.kind not in ("array",) and field_word(f) not in LEAF_CONV:
-                decls[props_fn(field_word(f))] = sig_l.format(props_fn(field_word(f)))
+                u.decls[props_fn(field_word(f))] = sig_l.format(props_fn(field_word(f)))
         exts = []
         for e in sorted(r.extensions, key=lambda e: e.level):
-            erows = [props_field(cat, r, f, msgs, imports, False) for f in e.fields]
+            erows = [props_field(cat, r, f, msgs, u, False) for f in e.fields]
             if erows:
-                body.append(f"constexpr Field x_{e.name}[] = {{\n    " + ",\n    ".join(erows) + "\n};")
-            m1 = msgs.add(f"{r.name} version < {e.level} Rendering extension {e.name} as null..")
-            m2 = msgs.add(f"{r.name} error(%d) in rendering extension {e.name}")
+                u.body.append(field_array(f"x_{e.name}", erows))
+            m1, m2 = msgs.extension(r, e)
             # An extension without attributes is not called: the record only checks the prefix.
-            exts.append("{" + (f"x_{e.name}, {len(erows)}, &{null_fn(e.name)}" if erows else "nullptr, 0, nullptr")
-                        + f", {m1}, {m2}" + "}")
+            exts.append("{" + extension_core(e.name, erows, m1, m2) + ", "
+                        + (f"&{props_null_fn(e.name)}" if erows else "nullptr") + "}")
         if exts:
-            body.append(f"constexpr Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
+            u.body.append(f"constexpr Extension e_{r.name}[] = {{" + ", ".join(exts) + "};")
         has_arrays = any(f.kind == "array" and f.shape in ("fixed", "counted") for f in r.fields)
         m_long = msgs.add("name (%s) length greater than buffer size %zu")
         m_var = msgs.add(f"{r.name} Received variant %d < base version %d") if not r.base else "k_no_msg"
         m_args = msgs.add(f"{r.name} to_properties null argument(s)") if with_null else "k_no_msg"
         m_new = msgs.add(f"{r.name} to_properties: gx_do_vlist_new failed") if has_arrays else "k_no_msg"
         m_arr = msgs.add(f"{r.name} to_properties: gx_do_properties_set_array failed") if has_arrays else "k_no_msg"
-        body.append(f"constexpr Type r_{r.name}{{f_{r.name}, {len(r.fields)}, "
-                    + (f"e_{r.name}, {len(exts)}, " if exts else "nullptr, 0, ")
-                    + f"{'false' if r.base else 'true'}, false, {m_long}, {m_var}, {m_args}, {m_new}, {m_arr}}};\n")
-        shims.append(f'extern "C" {sig_t.format(props_fn(r.name))[:-1].replace("(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_properties*, const void*, int32_t, uint32_t*", "(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, gx_do_properties* o, const void* h, int32_t s, uint32_t* e")}) '
-                     f"{{ return zan::fe::props::render(zan::gen::props::r_{r.name}, c, i, p, o, h, s, e); }}")
+        core = type_core(f"f_{r.name}", len(r.fields), r.name, exts, not r.base, m_var)
+        u.body.append(f"constexpr Type r_{r.name}{{{core}, false, {m_long}, {m_args}, {m_new}, {m_arr}}};\n")
+        u.shims.append(f'extern "C" int32_t {props_fn(r.name)}(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
+                       f"gx_do_properties* o, const void* h, int32_t s, uint32_t* e) "
+                       f"{{ return zan::fe::props::render(zan::gen::props::r_{r.name}, c, i, p, o, h, s, e); }}")
         # The six-argument form: no caller, no row, not exported; kept one per type.
-        shims.append(f'extern "C" int32_t {r.name}_to_properties_plain(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
-                     f"gx_do_properties* o, const void* h, uint32_t* e) {{ return {props_fn(r.name)}(c, i, p, o, h, 0, e); }}")
+        u.shims.append(f'extern "C" int32_t {r.name}_to_properties_plain(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
+                       f"gx_do_properties* o, const void* h, uint32_t* e) "
+                       f"{{ return {props_fn(r.name)}(c, i, p, o, h, 0, e); }}")
         if with_null:
-            defined.append(sig_n.format(null_fn(r.name)))
-            shims.append(f'extern "C" int32_t {null_fn(r.name)}(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
-                         f"gx_do_properties* o, uint32_t* e) {{ return zan::fe::props::render_null("
-                         f"zan::gen::props::r_{r.name}, c, i, p, o, e); }}")
+            u.defined.append(sig_n.format(props_null_fn(r.name)))
+            u.shims.append(null_shim(r.name))
     # lenient null renderings: record extensions and obj_type groups
     lenient = [(r.domain, e.name, [(f.prop_text, field_word(f)) for f in e.fields])
                for r in rendered for e in r.extensions]
     lenient += [("base", g.name, [(v, "") for v in g.values]) for g in groups]
     for domain, name, attrs in lenient:
-        imports, decls, body, shims, defined = unit(domain)
-        defined.append(sig_n.format(null_fn(name)))
+        u = units[domain]
+        u.defined.append(sig_n.format(props_null_fn(name)))
         rows = props_null_only(name, attrs, msgs)
         if rows:
-            body.append(f"constexpr Field f_{name}[] = {{\n    " + ",\n    ".join(rows) + "\n};")
-        body.append(f"constexpr Type r_{name}{{{'f_' + name if rows else 'nullptr'}, {len(rows)}, nullptr, 0, "
-                    f"false, true, k_no_msg, k_no_msg, k_no_msg, k_no_msg, k_no_msg}};")
-        shims.append(f'extern "C" int32_t {null_fn(name)}(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
-                     f"gx_do_properties* o, uint32_t* e) {{ return zan::fe::props::render_null("
-                     f"zan::gen::props::r_{name}, c, i, p, o, e); }}")
+            u.body.append(field_array(f"f_{name}", rows))
+        core = type_core(rows and f"f_{name}", len(rows), name, [], False, "k_no_msg")
+        u.body.append(f"constexpr Type r_{name}{{{core}, true, k_no_msg, k_no_msg, k_no_msg, k_no_msg}};")
+        u.shims.append(null_shim(name))
     # enumerations and flag sets
-    imports, decls, body, shims, defined = unit("base")
-    for e in cat.enums.values():
-        if e.library:
-            continue
-        vals = list(e.values)   # enumerators from 0, those of extension levels included
-        body.append(f"constexpr const char* n_{e.name}[] = {{" + ", ".join(c_str(v) for v in vals) + "};")
-        variant = e.name in ("obj_type", "zan_cfg_union")
-        mv = msgs.add(f"{e.name} Recieved variant %d < base version 0") if variant else "k_no_msg"
-        imports[f"{e.name}_get_value"] = f"uint32_t {e.name}_get_value({ctx}, const void*, uint32_t*);"
-        body.append(f"constexpr Enum m_{e.name}{{n_{e.name}, {len(vals)}, &{e.name}_get_value, "
-                    f"{'true' if variant else 'false'}, {mv}}};")
-        shims.append(f'extern "C" int32_t {props_fn(e.name)}(rsl_ctx_t c, rsl_ctx_id_t i, const char* n, '
-                     f"gx_do_properties* o, int32_t d, int32_t p, const void* v, uint32_t* e) "
-                     f"{{ return zan::fe::props::render_enum(zan::gen::props::m_{e.name}, c, i, n, o, d, p, v, e); }}")
-    for fs in cat.flagsets.values():
-        body.append(f"constexpr const char* n_{fs.name}[] = {{" + ", ".join(c_str(v) for v in fs.bits) + "};")
-        imports[f"{fs.name}_get_value"] = f"uint32_t {fs.name}_get_value({ctx}, const void*, uint32_t, uint32_t*);"
-        body.append(f"constexpr Flags m_{fs.name}{{n_{fs.name}, {len(fs.bits)}, &{fs.name}_get_value}};")
-        shims.append(f'extern "C" int32_t {props_fn(fs.name)}(rsl_ctx_t c, rsl_ctx_id_t i, const char* n, '
-                     f"gx_do_properties* o, int32_t d, int32_t p, const void* v, uint32_t* e) "
-                     f"{{ return zan::fe::props::render_flags(zan::gen::props::m_{fs.name}, c, i, n, o, d, p, v, e); }}")
-    perf = [e.name for e in cat.enums.values() if not e.library] + list(cat.flagsets)
-    for n in perf:
-        decls[props_fn(n)] = sig_l.format(props_fn(n))
-        shims.append(f'extern "C" int32_t {n}_to_properties_perf(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
-                     f"gx_do_properties* o, const void* h, int32_t, uint32_t* e) "
-                     f"{{ return {props_fn(n)}(c, i, p, o, 0, 1, h, e); }}")
+    u = units["base"]
+    def shim(template, name):
+        return (f'extern "C" int32_t {props_fn(name)}(rsl_ctx_t c, rsl_ctx_id_t i, const char* n, '
+                f"gx_do_properties* o, int32_t d, int32_t p, const void* v, uint32_t* e) "
+                f"{{ return zan::fe::props::{template}(zan::gen::props::m_{name}, c, i, n, o, d, p, v, e); }}")
+    u.typed(cat, msgs, shim)   # enumerators from 0, those of extension levels included
+    for n in typed_names(cat):
+        u.decls[props_fn(n)] = sig_l.format(props_fn(n))
+        u.shims.append(f'extern "C" int32_t {n}_to_properties_perf(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
+                       f"gx_do_properties* o, const void* h, int32_t, uint32_t* e) "
+                       f"{{ return {props_fn(n)}(c, i, p, o, 0, 1, h, e); }}")
     # tables
     tables = []
     for p in cat.tables():
-        imports, decls, body, shims, defined = unit(p.domain)
+        u = units[p.domain]
         tops = []
         for row in p.rows:
-            imports[f"{p.name}_{row}_get_field"] = f"const void* {p.name}_{row}_get_field({ctx}, const void*);"
-            decls[props_fn(row)] = sig_t.format(props_fn(row))
-            tops.append(f"{{&{p.name}_{row}_get_field, &{props_fn(row)}}}")
-        body.append(f"constexpr Top t_{p.name}[] = {{" + ", ".join(tops) + "};")
-        shims.append(f'extern "C" int32_t {p.name}_to_properties(rsl_ctx_t c, rsl_ctx_id_t i, const void* r, '
-                     f"gx_do_properties* o, int32_t s, uint32_t* e) {{ return zan::fe::props::render_table("
-                     f"zan::gen::props::t_{p.name}, {len(p.rows)}, c, i, o, r, s, e); }}")
+            get = u.imp(f"{p.name}_{row}_get_field", f"const void* {{}}({CTX}, const void*);")
+            u.decls[props_fn(row)] = sig_t.format(props_fn(row))
+            tops.append(f"{{{get}, &{props_fn(row)}}}")
+        u.body.append(f"constexpr Top t_{p.name}[] = {{" + ", ".join(tops) + "};")
+        u.shims.append(f'extern "C" int32_t {p.name}_to_properties(rsl_ctx_t c, rsl_ctx_id_t i, const void* r, '
+                       f"gx_do_properties* o, int32_t s, uint32_t* e) {{ return zan::fe::props::render_table("
+                       f"zan::gen::props::t_{p.name}, {len(p.rows)}, c, i, o, r, s, e); }}")
         tables.append(p.name)
     files = {}
-    for name, (imports, decls, body, shims, defined) in sorted(units.items()):
-        out = [head(sources(cat, name) or "schema/*.zs", f"Rendering to properties of the {name} domain."),
-               '#include "to_properties.hpp"\n', 'extern "C" {', "// Imported from the database library."]
-        out += [imports[k] for k in sorted(imports)]
-        out.append("// Entry points of this family, here or in the other domains, and of the leaf library.")
-        protos = [decls[n] for n in sorted(decls) if n.replace("_to_properties", "") not in LEAF_CONV]
-        out += [p + ";" for p in dict.fromkeys(protos + defined)]
-        out.append("}\n")
-        out.append("namespace zan::gen::props {\nusing namespace zan::fe::props;\n")
-        out += body
-        out.append("\n}  // namespace zan::gen::props\n")
-        out += shims
-        files[f"fe_props_{name}.cpp"] = "\n".join(out) + "\n"
-    msg = [head("schema/*.zs", "Message table of the to_properties unit, in the order the descriptors use them."),
-           '#include "to_properties.hpp"\n', "namespace zan::gen {",
-           f"extern const uint32_t k_to_properties_format_count = {len(msgs.formats)};",
-           f"extern const char* const to_properties_formats[{len(msgs.formats)}] = {{"]
-    msg += [f"    {c_str(m)},  // {i}" for i, m in enumerate(msgs.formats)]
-    msg.append("};\n}  // namespace zan::gen\n")
-    files["fe_props_messages.cpp"] = "\n".join(msg)
+    for name, u in sorted(units.items()):
+        protos = [u.decls[n] for n in sorted(u.decls) if n.replace("_to_properties", "") not in LEAF_CONV]
+        files[f"fe_props_{name}.cpp"] = u.file(
+            cat, name, "Rendering to properties", '#include "to_properties.hpp"', "props",
+            dict.fromkeys(protos + u.defined), "// Entry points of this family, here or in the other domains, and of the leaf library.")
+    files["fe_props_messages.cpp"] = msgs.table("to_properties unit", "to_properties.hpp", "to_properties")
     return files, rendered, tables
+
+
+def null_shim(name):
+    """<name>_to_null_properties: the null rendering of r_<name>."""
+    return (f'extern "C" int32_t {props_null_fn(name)}(rsl_ctx_t c, rsl_ctx_id_t i, const char* p, '
+            f"gx_do_properties* o, uint32_t* e) {{ return zan::fe::props::render_null("
+            f"zan::gen::props::r_{name}, c, i, p, o, e); }}")

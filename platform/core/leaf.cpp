@@ -1,5 +1,5 @@
-// Leaf conversions: one value into a properties object or a value list. The rules they
-// share are in zan/leaf.h.
+// Leaf conversions: one value into a properties object, a value list or a name-value list.
+// The rules they share are in zan/leaf.h.
 #include "zan/leaf.h"
 
 #include <cerrno>
@@ -38,132 +38,121 @@ std::optional<Value> read(const void* handle, std::string_view leaf, uint32_t* e
     return v;
 }
 
-int32_t set(const char* name, gx_do_properties* props, Value&& v) {
-    if (!name) return k_einval;
-    return zan::plat::properties_set(props, name, std::move(v));
-}
-
-int32_t full(std::string_view leaf, const char* name, gx_do_properties* props, int32_t is_default, int32_t present,
-             const void* handle, uint32_t* err) {
-    if (word_set(err)) return 0;
-    if (!present) return set(name, props, null_value(leaf, is_default));
-    auto v = read(handle, leaf, err);
-    if (!v) return 0;
-    v->is_default = is_default != 0;
-    return set(name, props, std::move(*v));
-}
-
-// Row form of a library type without a full form: whatever value the handle holds, under
-// the type's name.
-int32_t perf_any(std::string_view type, const char* prefix, gx_do_properties* props, const void* handle,
-                 uint32_t* err) {
-    if (word_set(err)) return 0;
-    auto v = read(handle, {}, err);
-    if (!v) return 0;
-    v->leaf = type;
-    v->is_default = false;
-    return set(prefix, props, std::move(*v));
-}
-
-int32_t to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, int32_t present,
-                 const void* handle, uint32_t* err) {
-    if (word_set(err)) return -1;
-    if (!present) return zan::plat::vlist_add(vlist, null_value(leaf, is_default));
-    auto v = read(handle, leaf, err);
-    if (!v) return -1;
-    v->is_default = is_default != 0;
-    return zan::plat::vlist_add(vlist, std::move(*v));
-}
-
-int32_t to_nvlist(std::string_view leaf, const char* name, gx_do_nvlist* nvlist, int32_t is_default,
-                  int32_t present, const void* handle, uint32_t* err) {
-    if (word_set(err)) return -1;
-    if (!name) return -1;
-    if (!present) return zan::plat::nvlist_add(nvlist, name, null_value(leaf, is_default));
-    auto v = read(handle, leaf, err);
-    if (!v) return -1;
-    v->is_default = is_default != 0;
-    return zan::plat::nvlist_add(nvlist, name, std::move(*v));
-}
-
-int32_t all_to_vlist(std::string_view type, const void* handle, gx_do_vlist* vlist, uint32_t* err) {
-    if (word_set(err) || !vlist) return -1;
-    auto v = read(handle, {}, err);
-    if (!v) return -1;
-    v->leaf = type;
-    v->is_default = false;
-    return zan::plat::vlist_add(vlist, std::move(*v));
-}
-
-// The vlist form of given_to_properties.
-template <class Arg, class Make>
-int32_t given_to_vlist(std::string_view leaf, gx_do_vlist* vlist, int32_t is_default, int32_t present, Arg* arg,
-                       uint32_t* err, Make make) {
-    if (word_set(err)) return -1;
-    Value v = null_value(leaf, is_default);
-    if (present) {
-        if (!arg) {
-            raise(err, k_einval);
-            return -1;
-        }
-        v.v = make(arg);
+// Where a conversion writes its one value, and what it answers when it writes none. A
+// properties object takes the name when the value is written (a missing one is EINVAL
+// there); a name-value list refuses a missing name before anything is read.
+struct ToProperties {
+    static constexpr int32_t k_none = 0;
+    const char* name;
+    gx_do_properties* props;
+    bool ready() const { return true; }
+    int32_t add(Value&& v) const {
+        if (!name) return k_einval;
+        return zan::plat::properties_set(props, name, std::move(v));
     }
-    return zan::plat::vlist_add(vlist, std::move(v));
+};
+
+struct ToVlist {
+    static constexpr int32_t k_none = -1;
+    gx_do_vlist* vlist;
+    bool ready() const { return true; }
+    int32_t add(Value&& v) const { return zan::plat::vlist_add(vlist, std::move(v)); }
+};
+
+struct ToNvlist {
+    static constexpr int32_t k_none = -1;
+    const char* name;
+    gx_do_nvlist* nvlist;
+    bool ready() const { return name != nullptr; }
+    int32_t add(Value&& v) const { return zan::plat::nvlist_add(nvlist, name, std::move(v)); }
+};
+
+// A leaf from its handle: a null where not present, else the handle's value of that leaf.
+template <class Target>
+int32_t from_handle(Target to, std::string_view leaf, int32_t is_default, int32_t present, const void* handle,
+                    uint32_t* err) {
+    if (word_set(err) || !to.ready()) return Target::k_none;
+    if (!present) return to.add(null_value(leaf, is_default));
+    auto v = read(handle, leaf, err);
+    if (!v) return Target::k_none;
+    v->is_default = is_default != 0;
+    return to.add(std::move(*v));
 }
 
 // A leaf whose value comes as a pointer rather than a handle: NULL while present is EINVAL.
-template <class Arg, class Make>
-int32_t given_to_properties(std::string_view leaf, const char* name, gx_do_properties* props, int32_t is_default,
-                            int32_t present, Arg* arg, uint32_t* err, Make make) {
-    if (word_set(err)) return 0;
+template <class Target, class Arg, class Make>
+int32_t given(Target to, std::string_view leaf, int32_t is_default, int32_t present, Arg* arg, uint32_t* err,
+              Make make) {
+    if (word_set(err) || !to.ready()) return Target::k_none;
     Value v = null_value(leaf, is_default);
     if (present) {
         if (!arg) {
             raise(err, k_einval);
-            return 0;
+            return Target::k_none;
         }
         v.v = make(arg);
     }
-    return set(name, props, std::move(v));
+    return to.add(std::move(v));
 }
+
+// A library type's whole value: whatever value the handle holds, under the type's name.
+template <class Target>
+int32_t whole(Target to, std::string_view type, const void* handle, uint32_t* err) {
+    if (word_set(err) || !to.ready()) return Target::k_none;
+    auto v = read(handle, {}, err);
+    if (!v) return Target::k_none;
+    v->leaf = type;
+    v->is_default = false;
+    return to.add(std::move(*v));
+}
+
+auto text_of(const char* t) { return std::string(t); }
+auto enum_text(const char* t) { return zan::plat::EnumText{t}; }
+auto bit_names(gx_do_vlist* n) { return zan::plat::vlist_values(n); }
 
 }  // namespace
 
 extern "C" {
 
-#define LEAF_FULL(leaf)                                                                                     \
-    int32_t leaf##_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props,        \
-                                 int32_t is_default, int32_t present, const void* value, uint32_t* err) {    \
-        return full(#leaf, name, props, is_default, present, value, err);                                   \
+// The leaves with a conversion of their own into each target, reading the value's handle.
+#define LEAF_FORMS(leaf)                                                                                      \
+    int32_t leaf##_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props,          \
+                                 int32_t is_default, int32_t present, const void* value, uint32_t* err) {     \
+        return from_handle(ToProperties{name, props}, #leaf, is_default, present, value, err);                \
+    }                                                                                                         \
+    int32_t leaf##_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present, \
+                            const void* value, uint32_t* err) {                                               \
+        return from_handle(ToVlist{vlist}, #leaf, is_default, present, value, err);                           \
+    }                                                                                                         \
+    int32_t leaf##_to_nvlist(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_nvlist* nvlist,                 \
+                             int32_t is_default, int32_t present, const void* value, uint32_t* err) {         \
+        return from_handle(ToNvlist{name, nvlist}, #leaf, is_default, present, value, err);                   \
     }
-LEAF_FULL(int32)
-LEAF_FULL(u_int32)
-LEAF_FULL(rsl_vstring)
-LEAF_FULL(ip_address)
-LEAF_FULL(rsl_mac_addr)
-LEAF_FULL(u_int8)
-LEAF_FULL(u_int64)
-LEAF_FULL(u_int16)
-LEAF_FULL(rsl_boolean)
-LEAF_FULL(int16)
-#undef LEAF_FULL
+LEAF_FORMS(int32)
+LEAF_FORMS(u_int32)
+LEAF_FORMS(rsl_vstring)
+LEAF_FORMS(ip_address)
+LEAF_FORMS(rsl_mac_addr)
+LEAF_FORMS(u_int8)
+LEAF_FORMS(u_int64)
+LEAF_FORMS(u_int16)
+LEAF_FORMS(rsl_boolean)
+LEAF_FORMS(int16)
+#undef LEAF_FORMS
 
 int32_t var_string_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props,
                                  int32_t is_default, int32_t present, const char* chars, uint32_t* err) {
-    return given_to_properties("var_string", name, props, is_default, present, chars, err,
-                               [](const char* c) { return std::string(c); });
+    return given(ToProperties{name, props}, "var_string", is_default, present, chars, err, text_of);
 }
 
 int32_t enum_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props, int32_t is_default,
                            int32_t present, const char* text, uint32_t* err) {
-    return given_to_properties("enum", name, props, is_default, present, text, err,
-                               [](const char* t) { return zan::plat::EnumText{t}; });
+    return given(ToProperties{name, props}, "enum", is_default, present, text, err, enum_text);
 }
 
 int32_t bits_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_properties* props, int32_t is_default,
                            int32_t present, gx_do_vlist* names, uint32_t* err) {
-    return given_to_properties("bits", name, props, is_default, present, names, err,
-                               [](gx_do_vlist* n) { return zan::plat::vlist_values(n); });
+    return given(ToProperties{name, props}, "bits", is_default, present, names, err, bit_names);
 }
 
 #define PERF_VIA(type)                                                                                        \
@@ -174,7 +163,7 @@ int32_t bits_to_properties(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_prop
 #define PERF_ANY(type)                                                                                        \
     int32_t type##_to_properties_perf(rsl_ctx_t, rsl_ctx_id_t, const char* prefix, gx_do_properties* props,   \
                                       const void* handle, int32_t, uint32_t* err) {                           \
-        return perf_any(#type, prefix, props, handle, err);                                                   \
+        return whole(ToProperties{prefix, props}, #type, handle, err);                                       \
     }
 PERF_ANY(calendar_time)
 PERF_ANY(dcx_bytestr)
@@ -223,60 +212,27 @@ int32_t rsl_vstring_is_default(rsl_ctx_t, rsl_ctx_id_t, const void* handle, cons
     return std::get<std::string>(v->v) == text ? 1 : 0;
 }
 
-#define LEAF_VLIST(leaf)                                                                                  \
-    int32_t leaf##_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present, \
-                            const void* value, uint32_t* err) {                                             \
-        return to_vlist(#leaf, vlist, is_default, present, value, err);                                     \
-    }                                                                                                       \
-    int32_t leaf##_to_nvlist(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_nvlist* nvlist,               \
-                             int32_t is_default, int32_t present, const void* value, uint32_t* err) {       \
-        return to_nvlist(#leaf, name, nvlist, is_default, present, value, err);                             \
-    }
-LEAF_VLIST(int32)
-LEAF_VLIST(u_int32)
-LEAF_VLIST(rsl_vstring)
-LEAF_VLIST(ip_address)
-LEAF_VLIST(rsl_mac_addr)
-LEAF_VLIST(u_int8)
-LEAF_VLIST(u_int64)
-LEAF_VLIST(u_int16)
-LEAF_VLIST(rsl_boolean)
-LEAF_VLIST(int16)
-#undef LEAF_VLIST
-
 int32_t var_string_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
                             const char* chars, uint32_t* err) {
-    return given_to_vlist("var_string", vlist, is_default, present, chars, err,
-                          [](const char* c) { return std::string(c); });
+    return given(ToVlist{vlist}, "var_string", is_default, present, chars, err, text_of);
 }
 
 int32_t bits_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
                       gx_do_vlist* names, uint32_t* err) {
-    return given_to_vlist("bits", vlist, is_default, present, names, err,
-                          [](gx_do_vlist* n) { return zan::plat::vlist_values(n); });
+    return given(ToVlist{vlist}, "bits", is_default, present, names, err, bit_names);
 }
 
 int32_t enum_to_nvlist(rsl_ctx_t, rsl_ctx_id_t, const char* name, gx_do_nvlist* nvlist, int32_t is_default,
                        int32_t present, const char* text, uint32_t* err) {
-    if (word_set(err)) return -1;
-    if (!name) return -1;
-    Value v = null_value("enum", is_default);
-    if (present) {
-        if (!text) {
-            raise(err, k_einval);
-            return -1;
-        }
-        v.v = zan::plat::EnumText{text};
-    }
-    return zan::plat::nvlist_add(nvlist, name, std::move(v));
+    return given(ToNvlist{name, nvlist}, "enum", is_default, present, text, err, enum_text);
 }
 
 // Whole-value forms of the library's base types: the value the handle holds, one entry,
 // under the type's own word. with_state is ignored.
-#define BASE_ALL(type)                                                                                      \
-    int32_t type##_to_vlist_all(rsl_ctx_t, rsl_ctx_id_t, const void* obj, gx_do_vlist* vlist, int32_t,      \
-                                uint32_t* err) {                                                            \
-        return all_to_vlist(#type, obj, vlist, err);                                                        \
+#define BASE_ALL(type)                                                                                        \
+    int32_t type##_to_vlist_all(rsl_ctx_t, rsl_ctx_id_t, const void* obj, gx_do_vlist* vlist, int32_t,        \
+                                uint32_t* err) {                                                              \
+        return vlist ? whole(ToVlist{vlist}, #type, obj, err) : -1;                                           \
     }
 ZAN_BASE_TYPES(BASE_ALL)
 BASE_ALL(rsl_boolean)
@@ -284,16 +240,7 @@ BASE_ALL(rsl_boolean)
 
 int32_t enum_to_vlist(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* vlist, int32_t is_default, int32_t present,
                       const char* text, uint32_t* err) {
-    if (word_set(err)) return -1;
-    Value v = null_value("enum", is_default);
-    if (present) {
-        if (!text) {
-            raise(err, k_einval);
-            return -1;
-        }
-        v.v = zan::plat::EnumText{text};
-    }
-    return zan::plat::vlist_add(vlist, std::move(v));
+    return given(ToVlist{vlist}, "enum", is_default, present, text, err, enum_text);
 }
 
 }  // extern "C"

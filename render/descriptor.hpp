@@ -1,0 +1,114 @@
+// What the descriptors of the rendering families have in common: the shapes of the accessors
+// a field is read through and of the value-list conversions, the default comparison, the
+// cores every family's Field, Extension and Type embed, and the descriptors of enumerations
+// and flag sets.
+// Descriptors are constant plain data the generator writes.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "traversal.h"
+
+#include "leaf_conversions.h"
+
+namespace zan::fe {
+
+using get_fn = const void* (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, uint32_t* err);
+using value_fn = uint32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, uint32_t* err);
+using state_fn = uint8_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, uint32_t* err);
+using element_fn = const void* (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, uint32_t i, uint32_t* err);
+using element_state_fn = uint8_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, uint32_t i, uint32_t* err);
+using chars_fn = void (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, char* buf, uint32_t size, uint32_t* err);
+using next_fn = const void* (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, const void* element, uint32_t* err);
+using bit_fn = uint32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void* obj, uint32_t bit, uint32_t* err);
+// <leaf>_to_vlist: the list before the two booleans, the value after them.
+using vlist_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist* list, int32_t is_default, int32_t present,
+                             const void* value, uint32_t* err);
+// <enum>_to_vlist and <flags>_to_vlist of this library: the handle first.
+using typed_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void* handle, gx_do_vlist* list, int32_t is_default,
+                             int32_t present, uint32_t* err);
+
+// How a leaf's value is compared with its schema default.
+enum class Default : uint8_t {
+    none,
+    arm_one,        // the discriminator is 1
+    zero,           // the integer value is 0
+    zero16,         // the low 16 bits of the integer value are 0
+    ip_address,     // ip_address_is_default(value, "0.0.0.0")
+    rsl_vstring,    // rsl_vstring_is_default(value, "0.0.0.0")
+};
+
+// Message number meaning "this failure writes no trace".
+inline constexpr uint32_t k_no_msg = UINT32_MAX;
+
+// The members of a field descriptor that read the field, the same in every family; Kind is
+// the family's own list of the shapes it renders.
+template <class Kind>
+struct FieldCore {
+    Kind kind;
+    Default dflt;
+    uint32_t arm;                 // arm number of a union arm; bound of a fixed array
+    union {
+        get_fn one;               // leaves, nested records, arms; sequences: the first element
+        element_fn element;       // fixed and counted arrays
+        chars_fn chars;           // character arrays
+    } get;
+    union {
+        state_fn one;             // leaves, character arrays; sequences: the whole sequence's flag
+        element_state_fn element; // fixed and counted arrays: per element
+    } state;
+    state_fn whole_state;         // fixed and counted arrays: the whole array's flag
+    value_fn value;               // default comparison, discriminator, count or character length
+    next_fn next;                 // sequences: the element after the one given
+    vlist_fn vconv;               // array elements, and leaves where the family renders value lists
+    uint32_t msg;                 // failure of the field; k_no_msg: no trace
+    uint32_t msg_null;            // failure of the field in a null rendering (an arm: of its null rendering)
+};
+
+// The members of an extension group's descriptor every family shares.
+template <class Field>
+struct ExtensionCore {
+    const Field* fields;          // rendered when the variant reaches the level
+    uint32_t count;
+    uint32_t msg_null;            // debug "version < k Rendering extension ... as null.."
+    uint32_t msg_error;           // debug "error(%d) in rendering extension ..."
+};
+
+// The members of a record or union type's descriptor every family shares.
+template <class Field, class Extension>
+struct TypeCore {
+    const Field* fields;          // declaration order, discriminator and arms included
+    uint32_t count;
+    const Extension* extensions;  // levels 1, 2, 3 in order
+    uint32_t levels;
+    bool reads_variant;           // false for the schema library's own base records, whose
+                                  // extensions are therefore always null
+    uint32_t msg_variant;         // fatal "<type> Received variant %d < base version %d"
+};
+
+// An enumeration: its values' texts indexed by value and, where a family renders only the
+// values the instance's variant reaches, the extension level of each (0 for a base value).
+struct Enum {
+    const char* const* names;
+    const uint8_t* levels;        // null: no value is gated
+    uint32_t count;
+    value_fn value;               // <enum>_get_value
+    bool reads_variant;           // obj_type, zan_cfg_union
+    uint32_t msg_variant;         // fatal "<enum> Recieved variant %d < base version 0"
+};
+
+struct Flags {
+    const char* const* names;     // bit 0 first
+    uint32_t count;
+    bit_fn bit;                   // <flags>_get_value
+};
+
+// Descriptors stay constant plain data: the generated tables are brace-initialised aggregates
+// the templates read in place.
+template <class... T>
+inline constexpr bool k_plain_data = ((std::is_trivially_copyable_v<T> && std::is_standard_layout_v<T>) && ...);
+
+static_assert(k_plain_data<Enum, Flags>);
+
+}  // namespace zan::fe
