@@ -10,8 +10,10 @@ Files written (all into the front end's generated directory):
   fe_arrays.cpp             the five arrays the initialiser registers, with the imported
                             database names they hold
   fe_resolve_imports.hpp    database names path and query resolution imports; the traversers
-  fe_resolve_<domain>.cpp   per domain: path and query traverser descriptors and entry points
-  fe_resolve_chain.cpp      the dispatchers with their chains, and the order of the segment loop
+  fe_resolve_<domain>.cpp   per domain: query traverser descriptors and entry points
+  fe_resolve_chain.cpp      every path traverser's descriptor and entry point, the dispatchers
+                            (each a compile-time chain over its path descriptors, so that the
+                            compares inline) and the segment loop's order of dispatchers
   fe_resolve_messages.cpp   message table of the path and query traversal unit
   zanfe.map                 linker version script: the library's exported names, nothing else
 
