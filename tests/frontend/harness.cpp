@@ -144,6 +144,50 @@ const RecordRow& Expect::record(const std::string& name) const {
     throw std::runtime_error("no record " + name);
 }
 
+std::vector<std::string> texts(const zan::plat::TraceCapture& traces) {
+    std::vector<std::string> out;
+    for (const auto& r : traces.records()) out.push_back(r.text);
+    return out;
+}
+
+void for_each_discriminator(const std::function<void(zan::db::Record&, uint32_t value)>& check) {
+    for (uint32_t value : {0u, 1u, 2u, 3u, 22u}) {
+        SCOPED_TRACE(value);
+        zan::db::RecordPtr rec = zan::db::make_record("ntp_peer_cp");
+        zan::db::set_int(*rec, "descriminator", value);
+        check(*rec, value);
+    }
+}
+
+void for_each_state_flag(const std::function<void(zan::db::Record&, bool present, bool is_default)>& check) {
+    struct Case {
+        uint8_t flag;
+        bool present, is_default;
+    };
+    for (const Case c : {Case{0, false, false}, Case{1, true, true}, Case{2, true, false}, Case{3, true, true},
+                         Case{4, false, false}}) {
+        SCOPED_TRACE(int(c.flag));
+        zan::db::RecordPtr rec = zan::db::make_record("ntp_maxdistance_cp");
+        zan::db::set_int(*rec, "ntp_mdist_value_1", 5);
+        zan::db::set_state(*rec, "ntp_mdist_value_1", c.flag);
+        check(*rec, c.present, c.is_default);
+    }
+}
+
+void for_each_default_case(
+    const std::function<void(zan::db::Record&, const std::string& leaf, bool is_default)>& check) {
+    for (int64_t value : {0, 1}) {
+        for (int32_t variant : {0, -1}) {
+            SCOPED_TRACE(std::to_string(value) + "/" + std::to_string(variant));
+            zan::db::set_default_variant(nullptr, variant);
+            zan::db::RecordPtr rec = zan::db::make_record("ntp_peer_cp_0_cp");
+            const std::string leaf(zan::db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name);
+            zan::db::set_int(*rec, leaf, value);
+            check(*rec, leaf, value == 0 && variant >= 0);
+        }
+    }
+}
+
 std::string Elf::bytes_at(uint64_t vaddr, uint64_t size) const {
     for (const Section& s : sections)
         if (s.type != SHT_NOBITS && s.addr != 0 && vaddr >= s.addr && vaddr + size <= s.addr + s.size)

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "zan/database.hpp"
 #include "zan/platform.hpp"
 #include "zan_fe.h"
 
@@ -95,6 +97,22 @@ struct Ntlist {
     ~Ntlist() { zan::plat::ntlist_free(list); }
     const std::vector<zan::plat::NtEntry>& entries() const { return zan::plat::ntlist_entries(list); }
 };
+
+// Trace levels, null values and trace texts, as the renderings' tests read them.
+constexpr uint32_t k_error_level = 0x3000000;
+constexpr uint32_t k_debug_level = 0x7000000;
+inline bool is_null(const zan::plat::Value& v) { return std::holds_alternative<zan::plat::Null>(v.v); }
+std::vector<std::string> texts(const zan::plat::TraceCapture& traces);
+
+// Cases every rendering goes through the same way, each under a SCOPED_TRACE:
+// ntp_peer_cp with its discriminator at 0, 1, 2, 3 and 22 (23 has no enumerator);
+void for_each_discriminator(const std::function<void(zan::db::Record&, uint32_t value)>& check);
+// ntp_maxdistance_cp with ntp_mdist_value_1 at 5 and its state flag at 0 to 4;
+void for_each_state_flag(const std::function<void(zan::db::Record&, bool present, bool is_default)>& check);
+// the first leaf of ntp_peer_cp_0_cp at 0 and 1 under default variants 0 and -1 (put back by
+// zan::db::clear_default_variants()).
+void for_each_default_case(
+    const std::function<void(zan::db::Record&, const std::string& leaf, bool is_default)>& check);
 
 // Symbols, dynamic entries and section contents of an ELF64 file.
 struct ElfSymbol {

@@ -12,7 +12,6 @@ using zan::plat::TraceRecord;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
 const std::string k_eio = std::strerror(5);   // what the platform's failing add stores
 
 zan_type_to_ntlist_fn type_fn(const std::string& type) { return fn<zan_type_to_ntlist_fn>((type + "_to_ntlist").c_str()); }

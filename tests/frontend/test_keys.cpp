@@ -17,7 +17,6 @@ namespace plat = zan::plat;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
 
 const db::Store& default_store() {
     static const auto loaded = zan::config::load_default();

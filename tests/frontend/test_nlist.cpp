@@ -21,8 +21,6 @@ namespace {
 using full_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*);
 using null_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, gx_do_nlist*, gx_do_vlist*, uint32_t*);
 
-constexpr uint32_t k_error_level = 0x3000000;
-constexpr uint32_t k_debug_level = 0x7000000;
 
 // A name list and a value list, released with the object.
 struct Lists {
@@ -41,13 +39,7 @@ struct Lists {
 
 full_fn full(const std::string& type) { return internal_fn<full_fn>(type + "_to_nlist_vlist_all"); }
 
-std::vector<std::string> texts(const plat::TraceCapture& traces) {
-    std::vector<std::string> out;
-    for (const auto& r : traces.records()) out.push_back(r.text);
-    return out;
-}
 
-bool is_null(const plat::Value& v) { return std::holds_alternative<plat::Null>(v.v); }
 
 class Nlist : public ::testing::Test {
 protected:
@@ -163,20 +155,17 @@ TEST_F(Nlist, NullFormsNameWhatTheFullFormsNameForEveryTypeThatCanStandInAnArm) 
 }
 
 TEST_F(Nlist, UnionsNameEveryArmWhicheverIsSelected) {
-    for (uint32_t value : {0u, 1u, 2u}) {
-        SCOPED_TRACE(value);
-        db::RecordPtr rec = db::make_record("ntp_peer_cp");
-        db::set_int(*rec, "descriminator", value);
-        db::set_int(*rec, "compound_67.ntp_server", 7);
+    for_each_discriminator([&](db::Record& rec, uint32_t value) {
+        db::set_int(rec, "compound_67.ntp_server", 7);
         Lists l;
-        EXPECT_GE(full("ntp_peer_cp")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), 0);
+        EXPECT_GE(full("ntp_peer_cp")(nullptr, 0, &rec, l.names, l.values, 0, &err), 0);
         EXPECT_EQ(l.name_texts(),
                   (std::vector<std::string>{"descriminator", "compound_66.ntp_peer", "compound_67.ntp_server"}));
         const plat::ValueList v = l.value_items();
         ASSERT_EQ(v.size(), 3u);
         EXPECT_EQ(is_null(v[1]), value != 1);
         EXPECT_EQ(is_null(v[2]), value != 2);
-    }
+    });
 }
 
 // ------------------------------------------------------------------ nesting and extensions

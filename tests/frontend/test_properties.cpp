@@ -16,8 +16,6 @@ namespace plat = zan::plat;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
-constexpr uint32_t k_debug_level = 0x7000000;
 
 // One properties object per test, released with it.
 class Props : public ::testing::Test {
@@ -38,12 +36,15 @@ protected:
         }
         return *v;
     }
+    void fresh() {
+        plat::properties_deref(props);
+        props = plat::properties_new();
+    }
     int32_t render(const std::string& type, db::Record& rec, const char* prefix, int32_t with_state = 0) {
         return type_row(type)(nullptr, 0, prefix, props, &rec, with_state, &err);
     }
 };
 
-bool is_null(const plat::Value& v) { return std::holds_alternative<plat::Null>(v.v); }
 
 }  // namespace
 
@@ -103,17 +104,13 @@ TEST_F(Props, UnionArmsFollowTheDiscriminator) {
     const std::string disc = std::string(prefix) + "descriminator";
     const std::string peer = std::string(prefix) + "compound_66.ntp_peer";
     const std::string server = std::string(prefix) + "compound_67.ntp_server";
-    for (uint32_t value : {0u, 1u, 2u, 3u, 22u}) {
-        SCOPED_TRACE(value);
-        db::RecordPtr rec = db::make_record("ntp_peer_cp");
-        db::set_int(*rec, "descriminator", value);
-        plat::properties_deref(props);
-        props = plat::properties_new();
-        ASSERT_EQ(render("ntp_peer_cp", *rec, prefix), 0);
+    for_each_discriminator([&](db::Record& rec, uint32_t value) {
+        fresh();
+        ASSERT_EQ(render("ntp_peer_cp", rec, prefix), 0);
         EXPECT_EQ(names_of(props), (std::vector<std::string>{disc, peer, server}));
         EXPECT_EQ(is_null(at(peer)), value != 1);
         EXPECT_EQ(is_null(at(server)), value != 2);
-    }
+    });
     // A value with no enumerator fails in the discriminator itself, naming it.
     db::RecordPtr rec = db::make_record("ntp_peer_cp");
     db::set_int(*rec, "descriminator", 23);
@@ -126,23 +123,13 @@ TEST_F(Props, UnionArmsFollowTheDiscriminator) {
 }
 
 TEST_F(Props, StateFlagGivesPresentAndDefault) {
-    struct Case {
-        uint8_t flag;
-        bool present, is_default;
-    };
-    for (const Case c : {Case{0, false, false}, Case{1, true, true}, Case{2, true, false}, Case{3, true, true},
-                         Case{4, false, false}}) {
-        SCOPED_TRACE(int(c.flag));
-        db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
-        db::set_int(*rec, "ntp_mdist_value_1", 5);
-        db::set_state(*rec, "ntp_mdist_value_1", c.flag);
-        plat::properties_deref(props);
-        props = plat::properties_new();
-        ASSERT_EQ(render("ntp_maxdistance_cp", *rec, "compound_0.", 1), 0);
+    for_each_state_flag([&](db::Record& rec, bool present, bool is_default) {
+        fresh();
+        ASSERT_EQ(render("ntp_maxdistance_cp", rec, "compound_0.", 1), 0);
         const plat::Value& v = at("compound_0.ntp_mdist_value_1");
-        EXPECT_EQ(!is_null(v), c.present);
-        EXPECT_EQ(v.is_default, c.is_default);
-    }
+        EXPECT_EQ(!is_null(v), present);
+        EXPECT_EQ(v.is_default, is_default);
+    });
     // Without state the flag is not consulted.
     db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
     db::set_state(*rec, "ntp_mdist_value_1", 0);
@@ -151,19 +138,11 @@ TEST_F(Props, StateFlagGivesPresentAndDefault) {
 }
 
 TEST_F(Props, DefaultComparisonOnlyWithANonNegativeDefaultVariant) {
-    for (int64_t value : {0, 1}) {
-        for (int32_t variant : {0, -1}) {
-            SCOPED_TRACE(std::to_string(value) + "/" + std::to_string(variant));
-            db::set_default_variant(nullptr, variant);
-            db::RecordPtr rec = db::make_record("ntp_peer_cp_0_cp");
-            const std::string leaf = db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name.data();
-            db::set_int(*rec, leaf, value);
-            plat::properties_deref(props);
-            props = plat::properties_new();
-            ASSERT_EQ(render("ntp_peer_cp_0_cp", *rec, ""), 0);
-            EXPECT_EQ(at(names_of(props).at(0)).is_default, value == 0 && variant >= 0);
-        }
-    }
+    for_each_default_case([&](db::Record& rec, const std::string&, bool is_default) {
+        fresh();
+        ASSERT_EQ(render("ntp_peer_cp_0_cp", rec, ""), 0);
+        EXPECT_EQ(at(names_of(props).at(0)).is_default, is_default);
+    });
 }
 
 TEST_F(Props, NameRoomIsTwoHundredFiftySixCharacters) {
@@ -205,8 +184,7 @@ TEST_F(Props, CountedArraysFollowTheCount) {
     EXPECT_TRUE(std::get<plat::ValueList>(empty.v).empty());
 
     db::set_array(*rec, "vlans", {10, 20, 30});
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     ASSERT_EQ(render("vlan_group", *rec, ""), 0);
     EXPECT_EQ(std::get<plat::ValueList>(at("vlans").v).size(), 3u);
 
@@ -226,8 +204,7 @@ TEST_F(Props, ExtensionBelowTheVariantIsRenderedAsNull) {
     EXPECT_EQ(std::get<std::string>(at("ci_ip_helpaddr_vrf_name").v), "red");
 
     db::set_variant(*rec, 0);
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     plat::TraceCapture traces;
     ASSERT_EQ(render("ci_ip_helpaddr_eol", *rec, ""), 0);
     EXPECT_TRUE(is_null(at("ci_ip_helpaddr_vrf_name")));
@@ -283,8 +260,7 @@ TEST_F(Props, ArrayStateFlagNullsTheWholeArrayWithoutReadingElements) {
 
     db::set_state(*rec, "vlans", 2);
     db::set_element_state(*rec, "vlans", 1, 0);
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     ASSERT_EQ(render("vlan_group", *rec, "", 1), 0);
     const auto& elements = std::get<plat::ValueList>(at("vlans").v);
     ASSERT_EQ(elements.size(), 2u);
@@ -346,8 +322,7 @@ TEST_F(Props, SequencesAreArraysOfNameValueLists) {
     for (int n : {0, 3}) {
         SCOPED_TRACE(n);
         db::RecordPtr head = timer_head(n);
-        plat::properties_deref(props);
-        props = plat::properties_new();
+        fresh();
         ASSERT_EQ(render("ack_timer_head", *head, "t."), 0);
         EXPECT_EQ(names_of(props), (std::vector<std::string>{"t.layerl"}));
         const auto& elements = std::get<plat::ValueList>(at("t.layerl").v);   // empty: an array, not a null
@@ -364,8 +339,7 @@ TEST_F(Props, SequencesAreArraysOfNameValueLists) {
     // om_node: two sequences of om_node_oid, one of them empty.
     db::RecordPtr node = db::make_record("om_node");
     for (int cid : {4, 5, 6}) db::set_int(db::append(*node, "cl"), "cid", cid);
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     ASSERT_EQ(render("om_node", *node, ""), 0);
     EXPECT_EQ(names_of(props), (std::vector<std::string>{"obj_type", "context", "attr_flag", "cl", "pl"}));
     const auto& cl = std::get<plat::ValueList>(at("cl").v);
@@ -407,8 +381,7 @@ TEST_F(Props, SequenceFailures) {
         SCOPED_TRACE(c.trace);
         db::RecordPtr head = timer_head(2);
         if (c.with_state) db::set_state(*head, "layerl", 0);
-        plat::properties_deref(props);
-        props = plat::properties_new();
+        fresh();
         plat::TraceCapture traces;
         plat::fault_fail_nth(c.point, c.nth);
         EXPECT_EQ(render("ack_timer_head", *head, "", c.with_state), c.status);
@@ -422,8 +395,7 @@ TEST_F(Props, SequenceFailures) {
     }
     // An accessor failing ends the walk quietly: the elements so far are set, the answer is 0.
     db::RecordPtr head = timer_head(3);
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     plat::fault_fail_nth("accessor", 7);   // first, four leaves and a nested one, then next
     EXPECT_EQ(render("ack_timer_head", *head, "", 0), 0);
     EXPECT_NE(err, 0u);
@@ -449,8 +421,7 @@ TEST_F(Props, DefaultRecordsRenderByTypeWithAllTheirElements) {
         SCOPED_TRACE(type);
         ASSERT_FALSE(cfg.store->records(type).empty());
         for (db::Record* rec : cfg.store->records(type)) {
-            plat::properties_deref(props);
-            props = plat::properties_new();
+            fresh();
             ASSERT_EQ(render(type, *rec, ""), 0);
             for (const db::FieldInfo& f : db::type_info(type)->fields) {
                 if (f.kind != db::FieldKind::sequence) continue;

@@ -15,14 +15,8 @@ namespace plat = zan::plat;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
 using null_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_properties*, uint32_t*);
 
-std::vector<std::string> texts(const plat::TraceCapture& traces) {
-    std::vector<std::string> out;
-    for (const auto& r : traces.records()) out.push_back(r.text);
-    return out;
-}
 
 class PropsFail : public ::testing::Test {
 protected:

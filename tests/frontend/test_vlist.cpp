@@ -20,8 +20,6 @@ namespace plat = zan::plat;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
-constexpr uint32_t k_debug_level = 0x7000000;
 
 using null_vlist_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist*, uint32_t*);
 using select_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, char**, const void*, gx_do_vlist*, int32_t,
@@ -37,7 +35,6 @@ zan_type_to_vlist_all_fn vlist_row(const std::string& type) {
     return nullptr;
 }
 
-bool is_null(const plat::Value& v) { return std::holds_alternative<plat::Null>(v.v); }
 
 // Leaf attribute names of a record, dotted as selectors read them, in declaration order
 // (extension attributes last), and the path the store sets them by.
@@ -116,11 +113,6 @@ protected:
     }
 };
 
-std::vector<std::string> texts(const plat::TraceCapture& traces) {
-    std::vector<std::string> out;
-    for (const auto& r : traces.records()) out.push_back(r.text);
-    return out;
-}
 
 const db::Store& default_store() {
     static const db::Store* s = [] {
@@ -268,14 +260,11 @@ TEST_F(Vlist, TypeVectorRowsPointAtTheirFamily) {
 // ---------------------------------------------------------------- unions and state
 
 TEST_F(Vlist, UnionDeliversItsSelectedArmAndNullsTheOthers) {
-    for (uint32_t value : {0u, 1u, 2u, 3u, 22u}) {
-        SCOPED_TRACE(value);
-        db::RecordPtr rec = db::make_record("ntp_peer_cp");
-        db::set_int(*rec, "descriminator", value);
-        db::set_int(*rec, "compound_66.ntp_peer", 5);
-        db::set_int(*rec, "compound_67.ntp_server", 7);
+    for_each_discriminator([&](db::Record& rec, uint32_t value) {
+        db::set_int(rec, "compound_66.ntp_peer", 5);
+        db::set_int(rec, "compound_67.ntp_server", 7);
         fresh();
-        ASSERT_GT(all("ntp_peer_cp", rec.get()), 0);
+        ASSERT_GT(all("ntp_peer_cp", &rec), 0);
         const plat::ValueList v = values();
         ASSERT_EQ(v.size(), 3u);
         EXPECT_EQ(std::get<plat::EnumText>(v[0].v).text, value == 0 ? "ZAN_CFG_NONE" : "ZAN_CFG_" + std::to_string(value - 1));
@@ -288,7 +277,7 @@ TEST_F(Vlist, UnionDeliversItsSelectedArmAndNullsTheOthers) {
         // the rest of the name says.
         for (const char* name : {"compound_66.ntp_peer", "compound_67.ntp_server", "compound_66.nonsense"}) {
             fresh();
-            const int32_t r = select("ntp_peer_cp", rec.get(), name);
+            const int32_t r = select("ntp_peer_cp", &rec, name);
             const bool selected = (value == 1 && std::strncmp(name, "compound_66", 11) == 0) ||
                                   (value == 2 && std::strncmp(name, "compound_67", 11) == 0);
             if (selected && std::strstr(name, "nonsense")) {
@@ -300,7 +289,7 @@ TEST_F(Vlist, UnionDeliversItsSelectedArmAndNullsTheOthers) {
             ASSERT_EQ(values().size(), 1u) << name;
             EXPECT_EQ(is_null(values()[0]), !selected) << name;
         }
-    }
+    });
     // A discriminator without a name: the union fails in its first value, naming the field.
     db::RecordPtr rec = db::make_record("ntp_peer_cp");
     db::set_int(*rec, "descriminator", 23);
@@ -313,25 +302,16 @@ TEST_F(Vlist, UnionDeliversItsSelectedArmAndNullsTheOthers) {
 }
 
 TEST_F(Vlist, StateFlagGivesPresentAndDefaultAndIsReadOnlyWithState) {
-    struct Case {
-        uint8_t flag;
-        bool present, is_default;
-    };
-    for (const Case c : {Case{0, false, false}, Case{1, true, true}, Case{2, true, false}, Case{3, true, true},
-                         Case{4, false, false}}) {
-        SCOPED_TRACE(int(c.flag));
-        db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
-        db::set_int(*rec, "ntp_mdist_value_1", 5);
-        db::set_state(*rec, "ntp_mdist_value_1", c.flag);
+    for_each_state_flag([&](db::Record& rec, bool present, bool is_default) {
         fresh();
-        ASSERT_GT(all("ntp_maxdistance_cp", rec.get(), 1), 0);
+        ASSERT_GT(all("ntp_maxdistance_cp", &rec, 1), 0);
         ASSERT_EQ(values().size(), 1u);
-        EXPECT_EQ(!is_null(values()[0]), c.present);
-        EXPECT_EQ(values()[0].is_default, c.is_default);
+        EXPECT_EQ(!is_null(values()[0]), present);
+        EXPECT_EQ(values()[0].is_default, is_default);
         fresh();
-        ASSERT_GT(select("ntp_maxdistance_cp", rec.get(), "ntp_mdist_value_1", 1), 0);
-        EXPECT_EQ(values().at(0).is_default, c.is_default);
-    }
+        ASSERT_GT(select("ntp_maxdistance_cp", &rec, "ntp_mdist_value_1", 1), 0);
+        EXPECT_EQ(values().at(0).is_default, is_default);
+    });
     // Without state: one accessor call (the value), and a flag of 0 changes nothing.
     db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
     db::set_state(*rec, "ntp_mdist_value_1", 0);
@@ -343,21 +323,14 @@ TEST_F(Vlist, StateFlagGivesPresentAndDefaultAndIsReadOnlyWithState) {
 }
 
 TEST_F(Vlist, DefaultComparisonNeedsANonNegativeDefaultVariant) {
-    for (int64_t value : {0, 1}) {
-        for (int32_t variant : {0, -1}) {
-            SCOPED_TRACE(std::to_string(value) + "/" + std::to_string(variant));
-            db::set_default_variant(nullptr, variant);
-            db::RecordPtr rec = db::make_record("ntp_peer_cp_0_cp");
-            const std::string leaf(db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name);
-            db::set_int(*rec, leaf, value);
-            fresh();
-            ASSERT_GT(all("ntp_peer_cp_0_cp", rec.get()), 0);
-            EXPECT_EQ(values().at(0).is_default, value == 0 && variant >= 0);
-            fresh();
-            ASSERT_GT(select("ntp_peer_cp_0_cp", rec.get(), leaf), 0);
-            EXPECT_EQ(values().at(0).is_default, value == 0 && variant >= 0);
-        }
-    }
+    for_each_default_case([&](db::Record& rec, const std::string& leaf, bool is_default) {
+        fresh();
+        ASSERT_GT(all("ntp_peer_cp_0_cp", &rec), 0);
+        EXPECT_EQ(values().at(0).is_default, is_default);
+        fresh();
+        ASSERT_GT(select("ntp_peer_cp_0_cp", &rec, leaf), 0);
+        EXPECT_EQ(values().at(0).is_default, is_default);
+    });
 }
 
 TEST_F(Vlist, ErrorWordSetMidRecordLeavesOutLeavesAndFailsEveryNestedLevel) {
