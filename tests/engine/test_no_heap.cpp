@@ -100,7 +100,6 @@ void operator delete[](void* p, const std::nothrow_t&) noexcept { __libc_free(p)
 namespace {
 
 namespace db = zan::db;
-using Keys = std::vector<std::pair<std::string, std::string>>;
 
 struct Range {
     uintptr_t lo = 0, hi = 0;
@@ -236,38 +235,22 @@ TEST(FrontEndHeap, ImportsNoHeapFunction) {
 TEST(FrontEndHeap, AChainMissAllocatesNothing) {
     // Offered to every table of every dispatcher, taken by none: neither the platform's
     // allocator nor the heap is asked for anything, by anyone.
-    gx_do_uri* uri = zan::plat::uri_new({{"no_such_segment", Keys{{"singleton_id", "1"}}}});
-    gx_do_nlist* pd = gx_do_nlist_new();
-    gx_do_nlist* pdc = gx_do_nlist_new();
-    arbor_params_t* params = zan::plat::params_new();
-    const void* slot = nullptr;
-    int ctx = 0;
-    const auto dispatch = engine().dispatcher();
-    dispatch(&ctx, 0, 0, uri, pd, pdc, params, 0, zan::engine::k_kind_read_row, &slot);   // warm
-    gx_do_nlist_clear(pdc);
+    DispatchCall call;
+    call(call.miss);   // warm
+    gx_do_nlist_clear(call.pdc);
     const long before = zan::plat::alloc_count();
     int32_t code = -1;
-    const Heap h = heap_calls(front_end(), [&] {
-        code = dispatch(&ctx, 0, 0, uri, pd, pdc, params, 0, zan::engine::k_kind_read_row, &slot);
-    });
+    const Heap h = heap_calls(front_end(), [&] { code = call(call.miss); });
     EXPECT_EQ(code, 3);
     EXPECT_EQ(h.all, 0);
     EXPECT_EQ(zan::plat::alloc_count(), before);
     // The pdc list is grown by the dispatcher ("ROOT") but had its room from the warm call.
     // A resolved request does allocate, through the platform: the counts are not blind.
-    gx_do_uri* hit = zan::plat::uri_new({{"ntp_peer_server", Keys{{"peer_server_key", "10.0.0.1"}}}});
-    const Heap hit_heap = heap_calls(front_end(), [&] {
-        code = dispatch(&ctx, 0, 0, hit, pd, pdc, params, 0, zan::engine::k_kind_read_row, &slot);
-    });
+    const Heap hit_heap = heap_calls(front_end(), [&] { code = call(call.hit); });
     EXPECT_EQ(code, 1);
     EXPECT_GT(hit_heap.all, 0);
     EXPECT_EQ(hit_heap.inside, 0);
     EXPECT_GT(zan::plat::alloc_count(), before);
-    zan::plat::uri_deref(hit);
-    zan::plat::params_free(params);
-    gx_do_nlist_deref(pd);
-    gx_do_nlist_deref(pdc);
-    zan::plat::uri_deref(uri);
 }
 
 TEST(FrontEndHeap, ResolvingAPathAllocatesOnlyThroughThePlatform) {

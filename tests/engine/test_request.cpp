@@ -312,27 +312,15 @@ TEST(EngineRequest, StopsAndListsAsTheDispatcherLeavesThem) {
 
 TEST(EngineRequest, AMissTakesNoMemory) {
     // The segment is offered to every table of all 23 dispatchers and taken by none.
-    gx_do_uri* uri = zan::plat::uri_new({{"no_such_segment", Keys{{"singleton_id", "1"}}}});
-    gx_do_nlist* pd = gx_do_nlist_new();
-    gx_do_nlist* pdc = gx_do_nlist_new();
-    arbor_params_t* params = zan::plat::params_new();
-    const void* slot = nullptr;
-    int ctx = 0;
+    DispatchCall call;
     const long before = zan::plat::alloc_count();
-    const int32_t code = engine().dispatcher()(&ctx, 0, 0, uri, pd, pdc, params, 0, 3, &slot);
+    EXPECT_EQ(call(call.miss), 3);
     EXPECT_EQ(zan::plat::alloc_count(), before);
-    EXPECT_EQ(code, 3);
-    EXPECT_TRUE(zan::plat::params_traversals(params).empty());
-    EXPECT_EQ(slot, nullptr);
+    EXPECT_TRUE(zan::plat::params_traversals(call.params).empty());
+    EXPECT_EQ(call.slot, nullptr);
     // A hit does allocate: the check above is not blind.
-    gx_do_uri* hit = zan::plat::uri_new({{"ntp_peer_server", Keys{{"peer_server_key", "10.0.0.1"}}}});
-    EXPECT_EQ(engine().dispatcher()(&ctx, 0, 0, hit, pd, pdc, params, 0, 3, &slot), 1);
+    EXPECT_EQ(call(call.hit), 1);
     EXPECT_GT(zan::plat::alloc_count(), before);
-    zan::plat::uri_deref(hit);
-    zan::plat::params_free(params);
-    gx_do_nlist_deref(pd);
-    gx_do_nlist_deref(pdc);
-    zan::plat::uri_deref(uri);
 }
 
 TEST(EngineWalk, TraversalsThatMakeNoWalk) {
