@@ -206,12 +206,10 @@ std::vector<std::string> expected_lines(const char* file) {
     return split_lines(slurp(std::string(TOOL_EXPECT_DIR "/") + file));
 }
 
-std::vector<std::string> split_tabs(const std::string& line) {
+std::vector<std::string> split(const std::string& text, char sep) {
     std::vector<std::string> out;
-    size_t start = 0;
-    for (size_t tab; (tab = line.find('\t', start)) != std::string::npos; start = tab + 1)
-        out.push_back(line.substr(start, tab - start));
-    out.push_back(line.substr(start));
+    std::istringstream in(text);
+    for (std::string part; std::getline(in, part, sep);) out.push_back(part);
     return out;
 }
 
@@ -237,7 +235,7 @@ TEST(ToolLs, ChildrenOfEveryParentInChainOrder) {
     const auto rows = expected_lines("children.tsv");
     ASSERT_EQ(rows.size(), 22u);
     for (const auto& row : rows) {
-        auto fields = split_tabs(row);
+        auto fields = split(row, '\t');
         const std::string parent = fields.front();
         fields.erase(fields.begin());
         const ToolRun r = zanfe({"ls", parent + "/*"});
@@ -359,13 +357,8 @@ TEST(ToolResolve, FailuresNameTheSegment) {
 }
 
 TEST(ToolDb, BrokenOrMissingFileIsOneLineAndNothingElse) {
-    char path[] = "/tmp/zanfe-db-XXXXXX";
-    const int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    const std::string broken = "{\"tables\": [\n";
-    ASSERT_EQ(write(fd, broken.data(), broken.size()), ssize_t(broken.size()));
-    close(fd);
-    for (const std::string& file : {std::string(path), std::string("/nonexistent/zanfe.json")}) {
+    const TempFile broken("{\"tables\": [\n");
+    for (const std::string& file : {broken.path, std::string("/nonexistent/zanfe.json")}) {
         for (const char* cmd : {"ls", "resolve"}) {
             const ToolRun r = zanfe({"--db", file, cmd, "*"});
             EXPECT_EQ(r.status, 1) << r.err;
@@ -375,7 +368,6 @@ TEST(ToolDb, BrokenOrMissingFileIsOneLineAndNothingElse) {
             EXPECT_NE(r.err.find(file), std::string::npos) << r.err;
         }
     }
-    std::remove(path);
 }
 
 std::vector<std::string> row_lines(const ToolRun& r) {
@@ -426,20 +418,6 @@ TEST(ToolDb, RowsOfAFileAreFoundByTheirKeysUnderTheirParents) {
 // ---------------------------------------------------------------- get and dump
 namespace {
 
-// A configuration file for one test, removed with it.
-struct TempConfig {
-    std::string path;
-    explicit TempConfig(const std::string& text) {
-        char name[] = "/tmp/zanfe-config-XXXXXX";
-        const int fd = mkstemp(name);
-        path = name;
-        if (fd >= 0) {
-            if (write(fd, text.data(), text.size()) != ssize_t(text.size())) ADD_FAILURE() << "write " << path;
-            close(fd);
-        }
-    }
-    ~TempConfig() { std::remove(path.c_str()); }
-};
 
 const char* const k_vrfs = R"({
   "tbl_ci_vrf_eol": [
@@ -476,7 +454,7 @@ TEST(ToolGet, KeyedRowIsItsAttributesInDeliveryOrder) {
 }
 
 TEST(ToolGet, WithoutKeyEveryRowBelowThePath) {
-    TempConfig cfg(k_vrfs);
+    TempFile cfg(k_vrfs);
     ToolRun r = zanfe({"--db", cfg.path, "get", "--json", "vrf[vrf_key_vrf_name=red]/vrf_afi"});
     ASSERT_EQ(r.status, 0) << r.err;
     auto j = parse_json(r.out);
@@ -498,13 +476,13 @@ TEST(ToolGet, WithoutKeyEveryRowBelowThePath) {
 // default variant (a negative one turns it off).
 TEST(ToolGet, WithStateShowsMarksAndFollowsTheDefaultVariant) {
     const std::string path = "cfg_http_client_proxy_eol[singleton_id=1]";
-    TempConfig on(std::string(k_vrfs).replace(1, 0, "\"@default_variant\": 0,"));
+    TempFile on(std::string(k_vrfs).replace(1, 0, "\"@default_variant\": 0,"));
     ToolRun r = zanfe({"--db", on.path, "get", "--with-state", path});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(split_lines(r.out), (std::vector<std::string>{"singleton_id = 1\t[default 0, present 1]",
                                                             "http_proxy_name = \"0.0.0.0\"\t[default 1, present 1]",
                                                             "http_proxy_port = 8080\t[default 0, present 1]"}));
-    TempConfig off(std::string(k_vrfs).replace(1, 0, "\"@default_variant\": -1,"));
+    TempFile off(std::string(k_vrfs).replace(1, 0, "\"@default_variant\": -1,"));
     r = zanfe({"--db", off.path, "get", "--with-state", "--json", path});
     ASSERT_EQ(r.status, 0) << r.err;
     const auto j = parse_json(r.out);
@@ -513,7 +491,7 @@ TEST(ToolGet, WithStateShowsMarksAndFollowsTheDefaultVariant) {
 }
 
 TEST(ToolGet, PathsThatGiveNoRow) {
-    TempConfig cfg(k_vrfs);
+    TempFile cfg(k_vrfs);
     expect_one_line_failure(zanfe({"--db", cfg.path, "get", "vrf[vrf_key_vrf_name=blue]"}),
                             "zanfe: path 'vrf[vrf_key_vrf_name=blue]': no such row in the configuration");
     const ToolRun r = zanfe({"get", "nonesuch[x=1]"});
@@ -525,7 +503,7 @@ TEST(ToolGet, PathsThatGiveNoRow) {
 
 // dump reaches every row by its own path: each path it prints gives the same row to get.
 TEST(ToolDump, EveryRowByItsOwnPath) {
-    TempConfig cfg(k_vrfs);
+    TempFile cfg(k_vrfs);
     const ToolRun r = zanfe({"--db", cfg.path, "dump", "--json"});
     ASSERT_EQ(r.status, 0) << r.err;
     const auto j = parse_json(r.out);
@@ -624,12 +602,6 @@ struct TableRows {
     std::vector<std::string> row_types, key;
 };
 
-std::vector<std::string> split(const std::string& text, char sep) {
-    std::vector<std::string> out;
-    std::istringstream in(text);
-    for (std::string part; std::getline(in, part, sep);) out.push_back(part);
-    return out;
-}
 
 std::vector<TableRows> table_rows() {
     std::vector<TableRows> out;
@@ -651,24 +623,7 @@ std::map<std::string, std::string> one_row_per_table() {
     std::map<std::string, std::string> out;
     const auto dump = parse_json(zanfe({"dump", "--json"}).out);
     for (const auto& [path, row] : dump.items()) {
-        std::string bare;
-        bool in_key = false;
-        char quote = 0;
-        for (size_t i = 1; i < path.size(); ++i) {   // skip the leading '/'
-            const char c = path[i];
-            if (quote) {
-                if (c == quote) quote = 0;
-            } else if (c == '\'') {
-                quote = c;
-            } else if (c == '[') {
-                in_key = true;
-            } else if (c == ']') {
-                in_key = false;
-            } else if (!in_key) {
-                bare += c;
-            }
-        }
-        const auto t = segments_of.find(bare);
+        const auto t = segments_of.find(without_keys(path));
         if (t != segments_of.end()) out.emplace(t->second, path);
     }
     return out;
