@@ -188,6 +188,30 @@ void for_each_default_case(
     }
 }
 
+void PropsTest::TearDown() {
+    zan::plat::properties_deref(props);
+    zan::plat::fault_clear_all();
+    zan::db::clear_default_variants();
+    EXPECT_EQ(zan::plat::live_objects().vlist, 0) << "a list was not released";
+}
+
+void PropsTest::fresh() {
+    zan::plat::properties_deref(props);
+    props = zan::plat::properties_new();
+}
+
+const zan::plat::Value& PropsTest::at(const std::string& name) {
+    if (const zan::plat::Value* v = zan::plat::properties_get(props, name)) return *v;
+    ADD_FAILURE() << name << " not set";
+    static const zan::plat::Value none;
+    return none;
+}
+
+int32_t PropsTest::render(const std::string& type, const zan::db::Record& rec, const char* prefix,
+                          int32_t with_state) {
+    return type_row(type)(nullptr, 0, prefix, props, &rec, with_state, &err);
+}
+
 std::string Elf::bytes_at(uint64_t vaddr, uint64_t size) const {
     for (const Section& s : sections)
         if (s.type != SHT_NOBITS && s.addr != 0 && vaddr >= s.addr && vaddr + size <= s.addr + s.size)

@@ -114,6 +114,20 @@ void for_each_state_flag(const std::function<void(zan::db::Record&, bool present
 void for_each_default_case(
     const std::function<void(zan::db::Record&, const std::string& leaf, bool is_default)>& check);
 
+// One properties object per test, released with it; faults and default variants are put
+// back, and no value list may outlive the test.
+class PropsTest : public ::testing::Test {
+protected:
+    gx_do_properties* props = zan::plat::properties_new();
+    uint32_t err = 0;
+    void TearDown() override;
+    void fresh();
+    const zan::plat::Value& at(const std::string& name);   // fails the test when not set
+    // A record through its type row of zan_config_db_type_gx_lut.
+    int32_t render(const std::string& type, const zan::db::Record& rec, const char* prefix = "",
+                   int32_t with_state = 0);
+};
+
 // Symbols, dynamic entries and section contents of an ELF64 file.
 struct ElfSymbol {
     std::string name;

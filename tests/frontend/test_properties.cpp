@@ -16,35 +16,7 @@ namespace plat = zan::plat;
 
 namespace {
 
-
-// One properties object per test, released with it.
-class Props : public ::testing::Test {
-protected:
-    gx_do_properties* props = plat::properties_new();
-    uint32_t err = 0;
-    void TearDown() override {
-        plat::properties_deref(props);
-        plat::fault_clear_all();
-        db::clear_default_variants();
-    }
-    const plat::Value& at(const std::string& name) {
-        const plat::Value* v = plat::properties_get(props, name);
-        if (v == nullptr) {
-            ADD_FAILURE() << name << " not set";
-            static const plat::Value none;
-            return none;
-        }
-        return *v;
-    }
-    void fresh() {
-        plat::properties_deref(props);
-        props = plat::properties_new();
-    }
-    int32_t render(const std::string& type, db::Record& rec, const char* prefix, int32_t with_state = 0) {
-        return type_row(type)(nullptr, 0, prefix, props, &rec, with_state, &err);
-    }
-};
-
+class Props : public PropsTest {};
 
 }  // namespace
 
@@ -111,15 +83,7 @@ TEST_F(Props, UnionArmsFollowTheDiscriminator) {
         EXPECT_EQ(is_null(at(peer)), value != 1);
         EXPECT_EQ(is_null(at(server)), value != 2);
     });
-    // A value with no enumerator fails in the discriminator itself, naming it.
-    db::RecordPtr rec = db::make_record("ntp_peer_cp");
-    db::set_int(*rec, "descriminator", 23);
-    plat::TraceCapture traces;
-    EXPECT_EQ(render("ntp_peer_cp", *rec, prefix), 3);
-    ASSERT_FALSE(traces.records().empty());
-    EXPECT_EQ(traces.records().back().text,
-              "ntp_peer_cp to_properties: zan_cfg_union_to_properties failed for ntp_peer_cp_descriminator");
-    EXPECT_EQ(traces.records().back().level, k_error_level);
+    // A value with no enumerator: PropsFail.DiscriminatorWithoutANameFailsTheUnion.
 }
 
 TEST_F(Props, StateFlagGivesPresentAndDefault) {
