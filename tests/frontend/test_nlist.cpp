@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -246,60 +247,109 @@ TEST_F(Nlist, NegativeVariantAborts) {
 
 // ------------------------------------------------------------------ failures
 
-TEST_F(Nlist, LeafFailuresNameTheFieldBehindARunOfLetters) {
-    db::RecordPtr rec = db::make_record("vrf_info");
-    {
+// One fault per row: the answer, every trace (the first at error level), the names that stand
+// and how many values. No failure writes the error word.
+TEST_F(Nlist, FailuresOfLeavesNestingNullFormsAndArms) {
+    db::RecordPtr vrf = db::make_record("vrf_info");
+    db::RecordPtr ack = db::make_record("ack_node");
+    db::RecordPtr peer = db::make_record("ntp_peer_cp");
+    db::set_int(*peer, "descriminator", 2);
+    auto record = [&](const char* type, const db::RecordPtr& rec) {
+        return [this, type, &rec](Lists& l) { return full(type)(nullptr, 0, rec.get(), l.names, l.values, 0, &err); };
+    };
+    auto null_form = [&](const std::string& type) {
+        auto null = internal_fn<null_fn>(type + "_to_null_nlist_vlist");
+        return [this, null](Lists& l) { return null ? null(nullptr, 0, l.names, l.values, &err) : -99; };
+    };
+    // ntp_peer_cp_0_cp stands in an arm of ntp_peer_cp: one int32 leaf. A group of obj_type's
+    // values has an empty type word in its messages.
+    const std::string leaf(db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name);
+    const std::string& v = expect().groups.at(0).values.at(0);
+    const std::string ack_run = "abcdefghijklmnopabcdefghijk om_node_oid_to_vlist for ack_node_om_node failed";
+    using Names = std::optional<std::vector<std::string>>;
+    const std::vector<std::string> none, ack_leaves{"dwnld_bl", "resp_bl", "last_dwnld_timestamp"};
+    struct Case {
+        std::function<int32_t(Lists&)> call;
+        const char* point;
+        long nth;
+        Names traces;   // nullopt: not looked at
+        Names names;
+        int values;   // -1: not looked at
+    };
+    const Case cases[] = {
+        {record("vrf_info", vrf), "gx_do_vlist_add_value", 1,
+         std::vector<std::string>{"abcdefghijklmnopabcdefghijk u_int32_to_vlist for vrf_info_table_id failed"}, none, -1},
+        // The name of a leaf not added: no trace, and its value stays.
+        {record("vrf_info", vrf), "gx_do_nlist_add_string", 2, none, Names{{"table_id"}}, 2},
+        {record("ack_node", ack), "gx_do_vlist_add_value", 4,   // om_node.cid
+         std::vector<std::string>{"abcdefghijklmnopabcdefghijklmn u_int8_to_vlist for om_node_oid_cid failed", ack_run},
+         ack_leaves, 3},
+        // Any of the nested rendering's three objects missing: no trace, nothing added.
+        {record("ack_node", ack), "gx_do_nlist_new", 1, none, ack_leaves, 3},
+        {record("ack_node", ack), "gx_do_vlist_new", 1, none, ack_leaves, 3},
+        {record("ack_node", ack), "gx_do_strbuf_new", 1, none, ack_leaves, 3},
+        // A joined name not added: 3 leaves, cid inside, then om_node.cid.
+        {record("ack_node", ack), "gx_do_nlist_add_string", 5, std::nullopt, ack_leaves, -1},
+        {null_form("ntp_peer_cp_0_cp"), "gx_do_vlist_add_null", 1,
+         std::vector<std::string>{"ntp_peer_cp_0_cp to_nlist_vlist_all: int32 set null failed for " + leaf +
+                                  "for ntp_peer_cp_0_cp"}, std::nullopt, -1},
+        {null_form("ntp_peer_cp_0_cp"), "gx_do_nlist_add_string", 1,
+         std::vector<std::string>{"ntp_peer_cp_0_cp to_nlist_vlist_all: int32 add nlist failed for " + leaf},
+         std::nullopt, 1},
+        // A nested arm's null failing (the discriminator's, then arm 1's first leaf): its own
+        // trace, then its holder's.
+        {null_form("ntp_peer_v6addr_cp"), "gx_do_vlist_add_null", 2,
+         std::vector<std::string>{"ntp_peer_v6addr_cp_0_cp to_nlist_vlist_all: ip_address set null failed for "
+                                  "ntp_peer_v6addrfor ntp_peer_v6addr_cp_0_cp",
+                                  "ntp_peer_v6addr_cp to_nlist_vlist_all: ntp_peer_v6addr_cp_0_cp failed for "
+                                  "compound_58for ntp_peer_v6addr_cp"},
+         Names{{"descriminator"}}, -1},
+        {null_form(expect().groups.at(0).name), "gx_do_vlist_add_null", 1,
+         std::vector<std::string>{v + " to_nlist_vlist_all:  set null failed for " + v + "for " + v}, std::nullopt, -1},
+        {null_form(expect().groups.at(0).name), "gx_do_nlist_add_string", 1,
+         std::vector<std::string>{v + " to_nlist_vlist_all:  add nlist failed for " + v}, std::nullopt, -1},
+        // Arm 1 is not selected: its null form fails.
+        {record("ntp_peer_cp", peer), "gx_do_vlist_add_null", 1,
+         std::vector<std::string>{
+             "ntp_peer_cp_0_cp to_nlist_vlist_all: int32 set null failed for ntp_peerfor ntp_peer_cp_0_cp",
+             "ntp_peer_cp to_nlist_vlist_all: ntp_peer_cp_0_cp failed for compound_66for ntp_peer_cp"},
+         Names{{"descriminator"}}, -1},
+        // Arm 2 is selected: its leaf fails (the discriminator's value is the first).
+        {record("ntp_peer_cp", peer), "gx_do_vlist_add_value", 2,
+         std::vector<std::string>{
+             "abcdefghijklmnopabcdefghijklmnopabc int32_to_vlist for ntp_peer_cp_1_cp_ntp_server failed",
+             "ntp_peer_cp to_ nlist_vlist_all ntp_peer_cp_1_cp_to_vlist for ntp_peer_cp_compound_67 failed"},
+         Names{{"descriminator", "compound_66.ntp_peer"}}, -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.point) + " " + std::to_string(c.nth) + " " +
+                     (c.traces && !c.traces->empty() ? c.traces->back() : ""));
         Lists l;
         plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_value", 1);
-        EXPECT_EQ(full("vrf_info")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{
-                                     "abcdefghijklmnopabcdefghijk u_int32_to_vlist for vrf_info_table_id failed"}));
-        EXPECT_EQ(traces.records()[0].level, k_error_level);
-        EXPECT_EQ(gx_do_nlist_get_len(l.names), 0);
+        plat::fault_fail_nth(c.point, c.nth);
+        EXPECT_EQ(c.call(l), -1);
+        plat::fault_clear_all();
+        if (c.traces) {
+            EXPECT_EQ(texts(traces), *c.traces);
+        }
+        if (c.traces && !c.traces->empty()) {
+            EXPECT_EQ(traces.records()[0].level, k_error_level);
+        }
+        if (c.names) {
+            EXPECT_EQ(l.name_texts(), *c.names);
+        }
+        if (c.values >= 0) {
+            EXPECT_EQ(gx_do_vlist_get_len(l.values), c.values);
+        }
+        EXPECT_EQ(err, 0u);
     }
-    // The name of a leaf not added: -1 without a trace, and its value stays.
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_nlist_add_string", 2);
-        EXPECT_EQ(full("vrf_info")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_TRUE(traces.records().empty());
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"table_id"}));
-        EXPECT_EQ(gx_do_vlist_get_len(l.values), 2);
-    }
-    EXPECT_EQ(err, 0u);   // no failure writes the error word
-}
-
-TEST_F(Nlist, NestedFailuresTraceEveryLevelAndKeepWhatWasAdded) {
-    db::RecordPtr rec = db::make_record("ack_node");
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_value", 4);   // om_node.cid
-        EXPECT_EQ(full("ack_node")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_EQ(texts(traces),
-                  (std::vector<std::string>{"abcdefghijklmnopabcdefghijklmn u_int8_to_vlist for om_node_oid_cid failed",
-                                            "abcdefghijklmnopabcdefghijk om_node_oid_to_vlist for ack_node_om_node failed"}));
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"dwnld_bl", "resp_bl", "last_dwnld_timestamp"}));
-        EXPECT_EQ(gx_do_vlist_get_len(l.values), 3);
-    }
-    // Any of the nested rendering's three objects missing: -1, no trace, nothing added.
-    for (const char* point : {"gx_do_nlist_new", "gx_do_vlist_new", "gx_do_strbuf_new"}) {
-        SCOPED_TRACE(point);
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(point, 1);
-        EXPECT_EQ(full("ack_node")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_TRUE(traces.records().empty());
-        EXPECT_EQ(gx_do_nlist_get_len(l.names), 3);
-        EXPECT_EQ(gx_do_vlist_get_len(l.values), 3);
-    }
-    // A joined name not added: -1.
+    // The discriminator itself: a value without an enumerator fails in its conversion.
+    db::set_int(*peer, "descriminator", 23);
     Lists l;
-    plat::fault_fail_nth("gx_do_nlist_add_string", 5);   // 3 leaves, cid inside, then om_node.cid
-    EXPECT_EQ(full("ack_node")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-    EXPECT_EQ(gx_do_nlist_get_len(l.names), 3);
+    plat::TraceCapture traces;
+    EXPECT_LT(full("ntp_peer_cp")(nullptr, 0, peer.get(), l.names, l.values, 0, &err), 0);
+    EXPECT_EQ(texts(traces).back(),
+              "abcdefghijklmnopabcdefghijklmn zan_cfg_union_to_vlist for ntp_peer_cp_descriminator failed");
 }
 
 TEST_F(Nlist, ArrayFailures) {
@@ -338,99 +388,6 @@ TEST_F(Nlist, ArrayFailures) {
     const plat::ValueList v = l.value_items();
     EXPECT_TRUE(is_null(v[0]));
     EXPECT_EQ(std::get<plat::ValueList>(v[1].v).size(), 6u);
-}
-
-TEST_F(Nlist, NullFormFailures) {
-    // ntp_peer_cp_0_cp stands in an arm of ntp_peer_cp: one int32 leaf.
-    const db::TypeInfo& t = *db::type_info("ntp_peer_cp_0_cp");
-    const std::string leaf(t.fields.at(0).name);
-    auto null = internal_fn<null_fn>("ntp_peer_cp_0_cp_to_null_nlist_vlist");
-    ASSERT_NE(null, nullptr);
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-        EXPECT_EQ(null(nullptr, 0, l.names, l.values, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{"ntp_peer_cp_0_cp to_nlist_vlist_all: int32 set null failed for " +
-                                                           leaf + "for ntp_peer_cp_0_cp"}));
-    }
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_nlist_add_string", 1);
-        EXPECT_EQ(null(nullptr, 0, l.names, l.values, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{"ntp_peer_cp_0_cp to_nlist_vlist_all: int32 add nlist failed for " +
-                                                           leaf}));
-        EXPECT_EQ(gx_do_vlist_get_len(l.values), 1);
-    }
-    // A nested arm's null failing: its own trace, then its holder's.
-    {
-        auto outer = internal_fn<null_fn>("ntp_peer_v6addr_cp_to_null_nlist_vlist");
-        ASSERT_NE(outer, nullptr);
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_null", 2);   // the discriminator, then arm 1's first leaf
-        EXPECT_EQ(outer(nullptr, 0, l.names, l.values, &err), -1);
-        EXPECT_EQ(texts(traces),
-                  (std::vector<std::string>{"ntp_peer_v6addr_cp_0_cp to_nlist_vlist_all: ip_address set null failed for "
-                                            "ntp_peer_v6addrfor ntp_peer_v6addr_cp_0_cp",
-                                            "ntp_peer_v6addr_cp to_nlist_vlist_all: ntp_peer_v6addr_cp_0_cp failed for "
-                                            "compound_58for ntp_peer_v6addr_cp"}));
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"descriminator"}));
-    }
-    // A group of obj_type's values: the messages have an empty type word.
-    const Group& g = expect().groups.at(0);
-    auto group = internal_fn<null_fn>(g.name + "_to_null_nlist_vlist");
-    ASSERT_NE(group, nullptr);
-    const std::string& v = g.values.at(0);
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-        EXPECT_EQ(group(nullptr, 0, l.names, l.values, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{v + " to_nlist_vlist_all:  set null failed for " + v + "for " + v}));
-    }
-    Lists l;
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_nlist_add_string", 1);
-    EXPECT_EQ(group(nullptr, 0, l.names, l.values, &err), -1);
-    EXPECT_EQ(texts(traces), (std::vector<std::string>{v + " to_nlist_vlist_all:  add nlist failed for " + v}));
-}
-
-TEST_F(Nlist, UnionArmFailures) {
-    db::RecordPtr rec = db::make_record("ntp_peer_cp");
-    db::set_int(*rec, "descriminator", 2);
-    {
-        // Arm 1 is not selected: its null form fails.
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-        EXPECT_EQ(full("ntp_peer_cp")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_EQ(texts(traces),
-                  (std::vector<std::string>{
-                      "ntp_peer_cp_0_cp to_nlist_vlist_all: int32 set null failed for ntp_peerfor ntp_peer_cp_0_cp",
-                      "ntp_peer_cp to_nlist_vlist_all: ntp_peer_cp_0_cp failed for compound_66for ntp_peer_cp"}));
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"descriminator"}));
-    }
-    {
-        // Arm 2 is selected: its leaf fails (the discriminator's value is the first).
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_value", 2);
-        EXPECT_EQ(full("ntp_peer_cp")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        ASSERT_EQ(traces.records().size(), 2u);
-        EXPECT_EQ(texts(traces)[0],
-                  "abcdefghijklmnopabcdefghijklmnopabc int32_to_vlist for ntp_peer_cp_1_cp_ntp_server failed");
-        EXPECT_EQ(texts(traces)[1], "ntp_peer_cp to_ nlist_vlist_all ntp_peer_cp_1_cp_to_vlist for ntp_peer_cp_compound_67 failed");
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"descriminator", "compound_66.ntp_peer"}));
-    }
-    // The discriminator itself: a value without an enumerator fails in its conversion.
-    db::set_int(*rec, "descriminator", 23);
-    Lists l;
-    plat::TraceCapture traces;
-    EXPECT_LT(full("ntp_peer_cp")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), 0);
-    EXPECT_EQ(texts(traces).back(),
-              "abcdefghijklmnopabcdefghijklmn zan_cfg_union_to_vlist for ntp_peer_cp_descriminator failed");
 }
 
 TEST_F(Nlist, CountedArrayFollowsItsCount) {
