@@ -4,6 +4,7 @@
 #include <elf.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -148,6 +149,12 @@ std::vector<std::string> texts(const zan::plat::TraceCapture& traces) {
     std::vector<std::string> out;
     for (const auto& r : traces.records()) out.push_back(r.text);
     return out;
+}
+
+void fatal_traces_to_stderr() {
+    zan::plat::trace_set_sink([](const zan::plat::TraceRecord& r) {
+        if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
+    });
 }
 
 void for_each_discriminator(const std::function<void(zan::db::Record&, uint32_t value)>& check) {

@@ -103,6 +103,8 @@ constexpr uint32_t k_error_level = 0x3000000;
 constexpr uint32_t k_debug_level = 0x7000000;
 inline bool is_null(const zan::plat::Value& v) { return std::holds_alternative<zan::plat::Null>(v.v); }
 std::vector<std::string> texts(const zan::plat::TraceCapture& traces);
+// In a death test: fatal traces go to standard error as "[text]" before the abort.
+void fatal_traces_to_stderr();
 
 // Cases every rendering goes through the same way, each under a SCOPED_TRACE:
 // ntp_peer_cp with its discriminator at 0, 1, 2, 3 and 22 (23 has no enumerator);

@@ -514,11 +514,6 @@ TEST_F(Nlist, SequenceFailures) {
 // ------------------------------------------------------------------ lists out of step
 
 namespace {
-// Prints traces on stderr, so that a death test sees the line written before the abort.
-void traces_to_stderr() {
-    plat::trace_set_sink([](const plat::TraceRecord& r) { std::fprintf(stderr, "%s\n", r.text.c_str()); });
-}
-
 // A record whose nested record holds another of leaves only: the first value list copied up
 // is the middle record's.
 std::pair<const db::TypeInfo*, const db::FieldInfo*> three_levels() {
@@ -551,7 +546,7 @@ TEST_F(Nlist, ListsOutOfStepAbortTheNestedRendering) {
     Lists l;
     EXPECT_DEATH(
         {
-            traces_to_stderr();
+            fatal_traces_to_stderr();
             plat::fault_fail_nth("gx_do_vlist_add_all", 1);
             full(type)(nullptr, 0, rec.get(), l.names, l.values, 0, &err);
         },
