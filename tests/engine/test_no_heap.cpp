@@ -152,16 +152,6 @@ Range front_end() {
     return r;
 }
 
-const db::Store& default_store() {
-    static const db::Store* s = [] {
-        engine();
-        auto loaded = zan::config::load_default();
-        EXPECT_TRUE(loaded) << loaded.error;
-        return loaded.store.release();
-    }();
-    return *s;
-}
-
 __attribute__((noinline)) void* allocate_here(size_t n) {
     void* (*volatile alloc)(size_t) = malloc;
     return alloc(n);

@@ -1,5 +1,7 @@
 #include "harness.hpp"
 
+#include "zan/config.hpp"
+
 #include <dlfcn.h>
 #include <elf.h>
 #include <gtest/gtest.h>
@@ -63,6 +65,16 @@ std::vector<std::string> names_of(gx_do_properties* props) {
     std::vector<std::string> out;
     for (const zan::plat::NamedValue& nv : zan::plat::properties_items(props)) out.push_back(nv.name);
     return out;
+}
+
+const zan::db::Store& default_store() {
+    static const zan::db::Store* s = [] {
+        library();
+        auto loaded = zan::config::load_default();
+        if (!loaded) throw std::runtime_error(loaded.error);
+        return loaded.store.release();
+    }();
+    return *s;
 }
 
 int32_t init() {

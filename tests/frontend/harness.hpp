@@ -34,6 +34,9 @@ T internal_fn(const std::string& name) {   // fails the test when missing
     return reinterpret_cast<T>(p);
 }
 
+// The built-in configuration, loaded once (after the library) and kept.
+const zan::db::Store& default_store();
+
 // Resets the platform's registrations and calls the initialiser by name; answers its result.
 int32_t init();
 const zan::plat::Registration& registered();   // after init()

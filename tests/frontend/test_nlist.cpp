@@ -90,11 +90,10 @@ TEST_F(Nlist, EveryRecordTypeNamesWhatRenderingToPropertiesNames) {
 }
 
 TEST_F(Nlist, EveryRowOfTheDefaultConfigurationNamesWhatRenderingToPropertiesNames) {
-    zan::config::LoadResult cfg = zan::config::load_default();
-    ASSERT_TRUE(cfg) << cfg.error;
+    const db::Store& store = default_store();
     int done = 0;
     for (const db::TableInfo* t : db::tables()) {
-        for (db::Row* row : cfg.store->rows(*t)) {
+        for (db::Row* row : store.rows(*t)) {
             for (size_t i = 0; i < t->rows.size(); ++i) {
                 same_as_properties(std::string(t->rows[i]->name), db::row_record(*row, i));
                 ++done;
@@ -103,8 +102,8 @@ TEST_F(Nlist, EveryRowOfTheDefaultConfigurationNamesWhatRenderingToPropertiesNam
     }
     EXPECT_GT(done, 0);
     // And the records that stand in no table, with their sequences.
-    for (std::string_view type : cfg.store->record_types())
-        for (db::Record* rec : cfg.store->records(type)) same_as_properties(std::string(type), rec);
+    for (std::string_view type : store.record_types())
+        for (db::Record* rec : store.records(type)) same_as_properties(std::string(type), rec);
 }
 
 TEST_F(Nlist, NullFormsNameWhatTheFullFormsNameForEveryTypeThatCanStandInAnArm) {

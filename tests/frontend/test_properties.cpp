@@ -371,7 +371,7 @@ TEST_F(Props, ElementListsOutOfStepAbort) {
     db::RecordPtr head = timer_head(2);
     EXPECT_DEATH(
         {
-            plat::trace_set_sink([](const plat::TraceRecord& r) { std::fprintf(stderr, "%s\n", r.text.c_str()); });
+            fatal_traces_to_stderr();
             plat::fault_fail_nth("gx_do_vlist_add_all", 1);
             render("ack_timer_head", *head, "");
         },
@@ -379,12 +379,10 @@ TEST_F(Props, ElementListsOutOfStepAbort) {
 }
 
 TEST_F(Props, DefaultRecordsRenderByTypeWithAllTheirElements) {
-    zan::config::LoadResult cfg = zan::config::load_default();
-    ASSERT_TRUE(cfg) << cfg.error;
     for (const char* type : {"om_node", "layer_head", "ack_timer_head"}) {
         SCOPED_TRACE(type);
-        ASSERT_FALSE(cfg.store->records(type).empty());
-        for (db::Record* rec : cfg.store->records(type)) {
+        ASSERT_FALSE(default_store().records(type).empty());
+        for (db::Record* rec : default_store().records(type)) {
             fresh();
             ASSERT_EQ(render(type, *rec, ""), 0);
             for (const db::FieldInfo& f : db::type_info(type)->fields) {

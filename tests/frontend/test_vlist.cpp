@@ -130,17 +130,6 @@ protected:
     }
 };
 
-
-const db::Store& default_store() {
-    static const db::Store* s = [] {
-        library();
-        auto loaded = zan::config::load_default();
-        if (!loaded) throw std::runtime_error(loaded.error);
-        return loaded.store.release();
-    }();
-    return *s;
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------- catalogue-wide
