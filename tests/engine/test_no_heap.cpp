@@ -222,6 +222,32 @@ TEST(FrontEndHeap, ImportsNoHeapFunction) {
     EXPECT_TRUE(heap.empty()) << heap.size() << " heap imports, first " << heap.front();
 }
 
+// A read of one row straight through the registered dispatcher, for a segment no table takes
+// (miss) or a configured peer (hit); the lists, params and paths go with the object.
+struct DispatchCall {
+    using Keys = std::vector<std::pair<std::string, std::string>>;
+    gx_do_uri* miss = zan::plat::uri_new({{"no_such_segment", Keys{{"singleton_id", "1"}}}});
+    gx_do_uri* hit = zan::plat::uri_new({{"ntp_peer_server", Keys{{"peer_server_key", "10.0.0.1"}}}});
+    gx_do_nlist* pd = gx_do_nlist_new();
+    gx_do_nlist* pdc = gx_do_nlist_new();
+    arbor_params_t* params = zan::plat::params_new();
+    const void* slot = nullptr;
+    int ctx = 0;
+    DispatchCall() = default;
+    DispatchCall(const DispatchCall&) = delete;
+    DispatchCall& operator=(const DispatchCall&) = delete;
+    ~DispatchCall() {
+        zan::plat::uri_deref(hit);
+        zan::plat::uri_deref(miss);
+        zan::plat::params_free(params);
+        gx_do_nlist_deref(pd);
+        gx_do_nlist_deref(pdc);
+    }
+    int32_t operator()(gx_do_uri* uri) {
+        return engine().dispatcher()(&ctx, 0, 0, uri, pd, pdc, params, 0, zan::engine::k_kind_read_row, &slot);
+    }
+};
+
 TEST(FrontEndHeap, AChainMissAllocatesNothing) {
     // Offered to every table of every dispatcher, taken by none: neither the platform's
     // allocator nor the heap is asked for anything, by anyone.
@@ -234,6 +260,8 @@ TEST(FrontEndHeap, AChainMissAllocatesNothing) {
     EXPECT_EQ(code, 3);
     EXPECT_EQ(h.all, 0);
     EXPECT_EQ(zan::plat::alloc_count(), before);
+    EXPECT_TRUE(zan::plat::params_traversals(call.params).empty());
+    EXPECT_EQ(call.slot, nullptr);
     // The pdc list is grown by the dispatcher ("ROOT") but had its room from the warm call.
     // A resolved request does allocate, through the platform: the counts are not blind.
     const Heap hit_heap = heap_calls(front_end(), [&] { code = call(call.hit); });

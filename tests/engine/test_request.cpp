@@ -310,19 +310,6 @@ TEST(EngineRequest, StopsAndListsAsTheDispatcherLeavesThem) {
     EXPECT_EQ(zan::plat::live_objects().total(), objects);
 }
 
-TEST(EngineRequest, AMissTakesNoMemory) {
-    // The segment is offered to every table of all 23 dispatchers and taken by none.
-    DispatchCall call;
-    const long before = zan::plat::alloc_count();
-    EXPECT_EQ(call(call.miss), 3);
-    EXPECT_EQ(zan::plat::alloc_count(), before);
-    EXPECT_TRUE(zan::plat::params_traversals(call.params).empty());
-    EXPECT_EQ(call.slot, nullptr);
-    // A hit does allocate: the check above is not blind.
-    EXPECT_EQ(call(call.hit), 1);
-    EXPECT_GT(zan::plat::alloc_count(), before);
-}
-
 TEST(EngineWalk, TraversalsThatMakeNoWalk) {
     const auto& cs = catalogue_store();
     const Response vrf = resolve({{"vrf", Keys{{"vrf_key_vrf_name", "k1"}}}, {"vrf_afi", Keys{{"vrf_af_afi", "2"}}}});
