@@ -1,5 +1,5 @@
-// The frame as an engine meets it: registration, the five arrays, the two lookups, the
-// top dispatcher where no table answers, and what the library file exports.
+// The frame as an engine meets it: registration, the five arrays, the two lookups, and
+// what the library file exports. (The top dispatcher is test_resolve's.)
 #include <dlfcn.h>
 #include <elf.h>
 #include <gtest/gtest.h>
@@ -232,76 +232,6 @@ TEST(Lookups, ANameOfAnEmptyRowGivesNull) {
         ASSERT_EQ(zan_config_db_type_dispatch_type_mrst_lookup(name.c_str()), slot) << name;
         EXPECT_EQ(r.type_lookup(name.c_str()), nullptr) << name;
     }
-}
-
-// The chain of dispatchers is still empty: every path ends in "not found" at segment 1.
-class TopDispatcher : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_EQ(init(), 0);
-        dispatch = registered().dispatch;
-        pd = gx_do_nlist_new();
-        pdc = gx_do_nlist_new();
-        params = zan::plat::params_new();
-    }
-    void TearDown() override {
-        gx_do_nlist_deref(pd);
-        gx_do_nlist_deref(pdc);
-        zan::plat::params_free(params);
-    }
-    int32_t run(const std::vector<zan::plat::UriSegment>& segs, gx_do_nlist* pd_list, gx_do_nlist* pdc_list) {
-        gx_do_uri* uri = zan::plat::uri_new(segs);
-        const int32_t rc = dispatch(nullptr, 7, 0, uri, pd_list, pdc_list, params, 0, 0, &slot);
-        zan::plat::uri_deref(uri);
-        return rc;
-    }
-    zan_path_query_dispatch_fn dispatch = nullptr;
-    gx_do_nlist* pd = nullptr;
-    gx_do_nlist* pdc = nullptr;
-    arbor_params_t* params = nullptr;
-    const void* slot = nullptr;
-};
-
-TEST_F(TopDispatcher, OffersSegmentOneAndReportsNoValidPath) {
-    zan::plat::TraceCapture cap;
-    EXPECT_EQ(run({{"no_such_table", std::nullopt}}, pd, pdc), 3);
-    const auto recs = cap.records();
-    ASSERT_EQ(recs.size(), 3u);
-    EXPECT_EQ(recs[0].unit, "path and query traversal");
-    EXPECT_EQ(recs[0].level, 0x7000000u);
-    EXPECT_EQ(recs[0].text, " Processing seg 1\\n");
-    // A one-segment path with both lists entitles the root tables to list candidates: the
-    // ROOT dispatcher takes the marker out again.
-    EXPECT_EQ(recs[1].text, "  PDC stored table match ROOT");
-    EXPECT_EQ(recs[2].unit, "path and query traversal");
-    EXPECT_EQ(recs[2].level, 0x6000000u);
-    EXPECT_EQ(recs[2].text, " zan_config_db zan_config_db_context path_query_dispatch : No valid path found\\n");
-    EXPECT_TRUE(zan::plat::nlist_names(pdc).empty());
-    EXPECT_TRUE(zan::plat::nlist_names(pd).empty());
-    EXPECT_TRUE(zan::plat::params_traversals(params).empty());
-    EXPECT_EQ(slot, nullptr);
-}
-
-TEST_F(TopDispatcher, LeavesNoRootMarkerWithoutBothListsOrWithMoreSegments) {
-    EXPECT_EQ(run({{"*", std::nullopt}}, nullptr, pdc), 3);
-    EXPECT_EQ(run({{"*", std::nullopt}}, pd, nullptr), 3);
-    EXPECT_TRUE(zan::plat::nlist_names(pdc).empty());
-
-    zan::plat::TraceCapture cap;
-    EXPECT_EQ(run({{"no_such_table", std::nullopt}, {"vrf_afi", std::nullopt}}, pd, pdc), 3);
-    EXPECT_TRUE(zan::plat::nlist_names(pdc).empty());
-    // The walk ends at the first segment nobody takes.
-    ASSERT_EQ(cap.records().size(), 2u);
-    EXPECT_EQ(cap.records()[0].text, " Processing seg 1\\n");
-}
-
-TEST_F(TopDispatcher, OffersSegmentOneWhateverTheCountSays) {
-    zan::plat::TraceCapture cap;
-    EXPECT_EQ(run({}, pd, pdc), 3);   // only segment 0
-    ASSERT_FALSE(cap.records().empty());
-    EXPECT_EQ(cap.records()[0].text, " Processing seg 1\\n");
-    ASSERT_GE(cap.records().size(), 2u);
-    EXPECT_EQ(cap.records()[1].text, "  PDC stored table match ROOT");
 }
 
 TEST(LibraryFile, ExportsExactlyTheInterface) {
