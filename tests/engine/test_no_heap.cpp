@@ -6,8 +6,9 @@
 // Each replacement notes the address it was called from; while counting is switched on,
 // a call from inside the text of libzanfe.so is counted as the front end's. A helper of
 // the C++ library called by the front end would allocate from libstdc++'s text, not the
-// front end's, so the front end's imports are checked besides: it takes no heap function
-// and no C++ library function that may allocate.
+// front end's, so its imports are checked besides (test_frame's
+// LibraryFile.TakesNoMemoryBehindTheAllocatorsBack): no heap function and no C++ library
+// function that may allocate.
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
@@ -170,56 +171,6 @@ TEST(HeapCount, AttributesCallsToTheCallingObject) {
     std::free(p);
     EXPECT_EQ(other.all, 1);
     EXPECT_EQ(other.inside, 0);
-}
-
-TEST(FrontEndHeap, ImportsNoHeapFunction) {
-    // The undefined dynamic symbols of the library: nothing that allocates from the heap.
-    void* handle = dlopen(engine().library_path().c_str(), RTLD_NOW | RTLD_NOLOAD);
-    ASSERT_NE(handle, nullptr);
-    link_map* map = nullptr;
-    ASSERT_EQ(dlinfo(handle, RTLD_DI_LINKMAP, &map), 0);
-    const ElfW(Sym)* syms = nullptr;
-    const char* strtab = nullptr;
-    const ElfW(Word)* hash = nullptr;
-    const uint32_t* gnu_hash = nullptr;
-    for (const ElfW(Dyn)* d = map->l_ld; d->d_tag != DT_NULL; ++d) {
-        if (d->d_tag == DT_SYMTAB) syms = reinterpret_cast<const ElfW(Sym)*>(d->d_un.d_ptr);
-        if (d->d_tag == DT_STRTAB) strtab = reinterpret_cast<const char*>(d->d_un.d_ptr);
-        if (d->d_tag == DT_HASH) hash = reinterpret_cast<const ElfW(Word)*>(d->d_un.d_ptr);
-        if (d->d_tag == DT_GNU_HASH) gnu_hash = reinterpret_cast<const uint32_t*>(d->d_un.d_ptr);
-    }
-    ASSERT_TRUE(syms && strtab && (hash || gnu_hash));
-    // The symbol count: from DT_HASH, or past the last chain of DT_GNU_HASH.
-    size_t count = 0;
-    if (hash) {
-        count = hash[1];
-    } else {
-        const uint32_t nbuckets = gnu_hash[0], symoffset = gnu_hash[1], bloom = gnu_hash[2];
-        const auto* buckets = reinterpret_cast<const uint32_t*>(
-            reinterpret_cast<const ElfW(Addr)*>(gnu_hash + 4) + bloom);
-        const uint32_t* chains = buckets + nbuckets;
-        uint32_t last = 0;
-        for (uint32_t b = 0; b < nbuckets; ++b) last = std::max(last, buckets[b]);
-        if (last >= symoffset)
-            while (!(chains[last - symoffset] & 1)) ++last;
-        count = last + 1;
-    }
-    size_t undefined = 0;
-    std::vector<std::string> heap;
-    for (size_t i = 1; i < count; ++i) {
-        if (syms[i].st_shndx != SHN_UNDEF) continue;
-        ++undefined;
-        const std::string name = strtab + syms[i].st_name;
-        static const char* const k_heap[] = {"malloc", "calloc", "realloc", "strdup", "strndup", "posix_memalign",
-                                             "aligned_alloc", "_Znwm", "_Znam", "_ZnwmRKSt9nothrow_t",
-                                             "_ZnamRKSt9nothrow_t", "_ZnwmSt11align_val_t"};
-        bool bad = name.rfind("_ZNSt7__cxx11", 0) == 0 || name.rfind("_ZNSs", 0) == 0 ||
-                   name.rfind("_ZNSt6vector", 0) == 0;
-        for (const char* h : k_heap) bad = bad || name == h;
-        if (bad) heap.push_back(name);
-    }
-    EXPECT_GT(undefined, 10u) << "the library's imports were not read";
-    EXPECT_TRUE(heap.empty()) << heap.size() << " heap imports, first " << heap.front();
 }
 
 // A read of one row straight through the registered dispatcher, for a segment no table takes
