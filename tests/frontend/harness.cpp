@@ -163,6 +163,15 @@ std::vector<std::string> texts(const zan::plat::TraceCapture& traces) {
     return out;
 }
 
+Failed failing(const char* point, long nth, const std::function<int32_t()>& call) {
+    zan::plat::TraceCapture traces;
+    zan::plat::fault_fail_nth(point, nth);
+    Failed f{call(), texts(traces)};
+    if (!traces.records().empty()) f.level = traces.records().back().level;
+    zan::plat::fault_clear_all();
+    return f;
+}
+
 void fatal_traces_to_stderr() {
     zan::plat::trace_set_sink([](const zan::plat::TraceRecord& r) {
         if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());

@@ -106,6 +106,14 @@ constexpr uint32_t k_error_level = 0x3000000;
 constexpr uint32_t k_debug_level = 0x7000000;
 inline bool is_null(const zan::plat::Value& v) { return std::holds_alternative<zan::plat::Null>(v.v); }
 std::vector<std::string> texts(const zan::plat::TraceCapture& traces);
+// `point` fails at its nth call from now while `call` runs: the call's answer, the traces it
+// wrote and the last one's level. The fault is cleared after.
+struct Failed {
+    int32_t result;
+    std::vector<std::string> traces;
+    uint32_t level = 0;
+};
+Failed failing(const char* point, long nth, const std::function<int32_t()>& call);
 // In a death test: fatal traces go to standard error as "[text]" before the abort.
 void fatal_traces_to_stderr();
 

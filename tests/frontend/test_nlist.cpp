@@ -324,15 +324,13 @@ TEST_F(Nlist, FailuresOfLeavesNestingNullFormsAndArms) {
         SCOPED_TRACE(std::string(c.point) + " " + std::to_string(c.nth) + " " +
                      (c.traces && !c.traces->empty() ? c.traces->back() : ""));
         Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(c.point, c.nth);
-        EXPECT_EQ(c.call(l), -1);
-        plat::fault_clear_all();
+        const Failed f = failing(c.point, c.nth, [&] { return c.call(l); });
+        EXPECT_EQ(f.result, -1);
         if (c.traces) {
-            EXPECT_EQ(texts(traces), *c.traces);
+            EXPECT_EQ(f.traces, *c.traces);
         }
         if (c.traces && !c.traces->empty()) {
-            EXPECT_EQ(traces.records()[0].level, k_error_level);
+            EXPECT_EQ(f.level, k_error_level);
         }
         if (c.names) {
             EXPECT_EQ(l.name_texts(), *c.names);
@@ -370,13 +368,13 @@ TEST_F(Nlist, ArrayFailures) {
         SCOPED_TRACE(c.trace);
         if (c.with_state) db::set_state(*rec, "addr", 0);
         Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(c.point, c.nth);
-        EXPECT_EQ(full("en_address")(nullptr, 0, rec.get(), l.names, l.values, c.with_state, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{c.trace}));
+        const Failed f = failing(c.point, c.nth, [&] {
+            return full("en_address")(nullptr, 0, rec.get(), l.names, l.values, c.with_state, &err);
+        });
+        EXPECT_EQ(f.result, -1);
+        EXPECT_EQ(f.traces, (std::vector<std::string>{c.trace}));
         EXPECT_EQ(gx_do_vlist_get_len(l.values), 0);
         EXPECT_EQ(gx_do_nlist_get_len(l.names), 0);
-        plat::fault_clear_all();
     }
     // An unset array is a null with its name; a set one an array of its elements.
     Lists l;

@@ -145,11 +145,9 @@ TEST_F(Props, CountedArraysFollowTheCount) {
     ASSERT_EQ(render("vlan_group", *rec, ""), 0);
     EXPECT_EQ(std::get<plat::ValueList>(at("vlans").v).size(), 3u);
 
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_new", 1);
-    EXPECT_EQ(render("vlan_group", *rec, ""), 10002);
-    ASSERT_FALSE(traces.records().empty());
-    EXPECT_EQ(traces.records().back().text, "vlan_group to_properties: gx_do_vlist_new failed");
+    const Failed f = failing("gx_do_vlist_new", 1, [&] { return render("vlan_group", *rec, ""); });
+    EXPECT_EQ(f.result, 10002);
+    EXPECT_EQ(f.traces.back(), "vlan_group to_properties: gx_do_vlist_new failed");
     EXPECT_EQ(plat::live_objects().vlist, 0);
 }
 
@@ -172,15 +170,13 @@ TEST_F(Props, ExtensionBelowTheVariantIsRenderedAsNull) {
 
 TEST_F(Props, FailingSetInANestedRecordTracesEveryLevel) {
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_properties_set_value", 2);   // the nested int32
-    EXPECT_NE(render("ntp_maxdist_eol", *rec, ""), 0);
-    std::vector<std::string> texts;
-    for (const auto& r : traces.records()) texts.push_back(r.text);
-    ASSERT_GE(texts.size(), 2u);
-    EXPECT_EQ(texts[texts.size() - 2],
+    // the nested int32
+    const Failed f = failing("gx_do_properties_set_value", 2, [&] { return render("ntp_maxdist_eol", *rec, ""); });
+    EXPECT_NE(f.result, 0);
+    ASSERT_GE(f.traces.size(), 2u);
+    EXPECT_EQ(f.traces[f.traces.size() - 2],
               "ntp_maxdistance_cp to_properties: int32_to_properties failed for ntp_maxdistance_cp_ntp_mdist_value_1");
-    EXPECT_EQ(texts.back(),
+    EXPECT_EQ(f.traces.back(),
               "ntp_maxdist_eol to_properties: ntp_maxdistance_cp_to_properties failed for ntp_maxdist_eol_compound_0");
 }
 
@@ -193,14 +189,11 @@ TEST_F(Props, NegativeVariantAborts) {
 TEST_F(Props, FailingNullOfAnUnselectedArmIsPassedUpWithBothTraces) {
     db::RecordPtr rec = db::make_record("ntp_peer_cp");
     db::set_int(*rec, "descriminator", 2);
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_properties_set_null", 1);
-    EXPECT_NE(render("ntp_peer_cp", *rec, ""), 0);
-    std::vector<std::string> texts;
-    for (const auto& r : traces.records()) texts.push_back(r.text);
-    ASSERT_EQ(texts.size(), 2u);
-    EXPECT_EQ(texts[0], "ntp_peer_cp_0_cp to_properties: int32_set_null_properties failed for ntp_peer_cp_0_cp");
-    EXPECT_EQ(texts[1], "ntp_peer_cp to_null_properties: ntp_peer_cp_0_cp_to_null_properties failed for ntp_peer_cp");
+    const Failed f = failing("gx_do_properties_set_null", 1, [&] { return render("ntp_peer_cp", *rec, ""); });
+    EXPECT_NE(f.result, 0);
+    EXPECT_EQ(f.traces, (std::vector<std::string>{
+                            "ntp_peer_cp_0_cp to_properties: int32_set_null_properties failed for ntp_peer_cp_0_cp",
+                            "ntp_peer_cp to_null_properties: ntp_peer_cp_0_cp_to_null_properties failed for ntp_peer_cp"}));
     // The discriminator went out before the arm failed; nothing of arm 2 did.
     EXPECT_EQ(names_of(props), (std::vector<std::string>{"descriminator"}));
 }
@@ -339,16 +332,14 @@ TEST_F(Props, SequenceFailures) {
         db::RecordPtr head = timer_head(2);
         if (c.with_state) db::set_state(*head, "layerl", 0);
         fresh();
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(c.point, c.nth);
-        EXPECT_EQ(render("ack_timer_head", *head, "", c.with_state), c.status);
-        ASSERT_FALSE(traces.records().empty());
-        EXPECT_EQ(traces.records().back().text, c.trace);
-        EXPECT_EQ(traces.records().back().level, k_error_level);
+        const Failed f = failing(c.point, c.nth, [&] { return render("ack_timer_head", *head, "", c.with_state); });
+        EXPECT_EQ(f.result, c.status);
+        ASSERT_FALSE(f.traces.empty());
+        EXPECT_EQ(f.traces.back(), c.trace);
+        EXPECT_EQ(f.level, k_error_level);
         EXPECT_TRUE(names_of(props).empty());
         EXPECT_EQ(plat::live_objects().total(), 1);   // every list released; the properties object stays
         EXPECT_EQ(err, 0u);
-        plat::fault_clear_all();
     }
     // An accessor failing ends the walk quietly: the elements so far are set, the answer is 0.
     db::RecordPtr head = timer_head(3);

@@ -55,20 +55,16 @@ TEST_F(PropsFail, LeafConversionFailuresByLeafWord) {
         const auto at = std::find(names.begin(), names.end(), c.attribute);
         ASSERT_NE(at, names.end());
         fresh();
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_properties_set_value", long(at - names.begin()) + 1);
-        EXPECT_EQ(render(c.type, *rec), -1);
+        const Failed f = failing("gx_do_properties_set_value", long(at - names.begin()) + 1,
+                                 [&] { return render(c.type, *rec); });
+        EXPECT_EQ(f.result, -1);
         EXPECT_EQ(err, 0u);
         // what went out before the failure stays
         EXPECT_EQ(names_of(props), std::vector<std::string>(names.begin(), at));
-        if (*c.trace == 0) {
-            EXPECT_TRUE(traces.records().empty());
-        } else {
-            ASSERT_EQ(traces.records().size(), 1u);
-            EXPECT_EQ(traces.records()[0].text, c.trace);
-            EXPECT_EQ(traces.records()[0].level, k_error_level);
+        EXPECT_EQ(f.traces, *c.trace ? std::vector<std::string>{c.trace} : std::vector<std::string>{});
+        if (*c.trace) {
+            EXPECT_EQ(f.level, k_error_level);
         }
-        plat::fault_clear_all();
     }
 }
 
@@ -97,11 +93,9 @@ TEST_F(PropsFail, FixedArrayFailures) {
     for (const Case& c : {Case{"gx_do_vlist_new", 1, 3, "en_address to_properties: gx_do_vlist_new failed"},
                           Case{"gx_do_vlist_add_value", 3, 3, "en_address to_properties: u_int8_to_vlist failed for en_address_addr"},
                           Case{"gx_do_properties_set_array", 1, -1, "en_address to_properties: gx_do_properties_set_array failed"}}) {
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(c.point, c.nth);
-        EXPECT_EQ(render("en_address", *rec), c.status);
-        EXPECT_EQ(texts(traces), std::vector<std::string>{c.trace});
-        plat::fault_clear_all();
+        const Failed f = failing(c.point, c.nth, [&] { return render("en_address", *rec); });
+        EXPECT_EQ(f.result, c.status);
+        EXPECT_EQ(f.traces, std::vector<std::string>{c.trace});
     }
     EXPECT_TRUE(names_of(props).empty());
     EXPECT_EQ(err, 0u);

@@ -112,21 +112,10 @@ protected:
     int32_t null_run(const std::string& type) {
         return internal_fn<null_vlist_fn>(type + "_to_null_vlist")(nullptr, 0, list, &err);
     }
-    // On a fresh list, `point` fails at its nth call during `call`: the answer, the traces
-    // written meanwhile and the last one's level. The fault is cleared after.
-    struct Failed {
-        int32_t result;
-        std::vector<std::string> traces;
-        uint32_t level = 0;
-    };
+    // harness's failing() on a fresh list.
     Failed failing(const char* point, long nth, const std::function<int32_t()>& call) {
         fresh();
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(point, nth);
-        Failed f{call(), texts(traces)};
-        if (!traces.records().empty()) f.level = traces.records().back().level;
-        plat::fault_clear_all();
-        return f;
+        return fe_test::failing(point, nth, call);
     }
 };
 
