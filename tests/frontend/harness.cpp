@@ -67,6 +67,22 @@ std::vector<std::string> names_of(gx_do_properties* props) {
     return out;
 }
 
+const std::set<std::string>& arm_types() {
+    static const std::set<std::string> types = [] {
+        std::set<std::string> out;
+        std::function<void(const zan::db::TypeInfo&)> visit = [&](const zan::db::TypeInfo& t) {
+            if (!out.insert(std::string(t.name)).second) return;
+            for (const zan::db::FieldInfo& f : t.fields)
+                if (f.role == zan::db::FieldRole::attribute && f.kind == zan::db::FieldKind::nested) visit(*f.target);
+        };
+        for (const RecordRow& r : expect().records)
+            for (const zan::db::FieldInfo& f : zan::db::type_info(r.name)->fields)
+                if (f.arm != 0) visit(*f.target);
+        return out;
+    }();
+    return types;
+}
+
 const zan::db::Store& default_store() {
     static const zan::db::Store* s = [] {
         library();

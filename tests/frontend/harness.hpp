@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,10 @@ T internal_fn(const std::string& name) {   // fails the test when missing
     if (p == nullptr) ADD_FAILURE() << "libzanfe.so defines no " << name;
     return reinterpret_cast<T>(p);
 }
+
+// The record types that can stand in a union's arm, directly or nested deeper: those that
+// have null forms.
+const std::set<std::string>& arm_types();
 
 // The built-in configuration, loaded once (after the library) and kept.
 const zan::db::Store& default_store();

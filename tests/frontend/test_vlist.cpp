@@ -203,20 +203,14 @@ TEST_F(Vlist, EveryRecordTypeAndItsNullRunGiveOneValuePerColumn) {
         fresh();
         ASSERT_GE(all(r.name, rec.get()), 0);
         EXPECT_EQ(values().size(), r.columns);
-        if (internal(r.name + "_to_null_vlist") == nullptr) continue;
+        ASSERT_EQ(internal(r.name + "_to_null_vlist") != nullptr, arm_types().count(r.name) == 1);
+        if (arm_types().count(r.name) == 0) continue;
         ++nulls;
         fresh();
         ASSERT_GE(null_run(r.name), 0);
         const plat::ValueList v = values();
         EXPECT_EQ(v.size(), r.columns);
         for (const plat::Value& x : v) EXPECT_TRUE(is_null(x));
-    }
-    // Every arm type of every union has one.
-    for (const RecordRow& r : expect().records) {
-        for (const db::FieldInfo& f : db::type_info(r.name)->fields)
-            if (f.arm != 0) {
-                EXPECT_NE(internal(std::string(f.type) + "_to_null_vlist"), nullptr) << f.type;
-            }
     }
     EXPECT_GT(nulls, 0u);
 }
