@@ -8,8 +8,6 @@
   all_segments.txt   'ls --all *': all segments in traverser order
   rows.tsv       per table: its name, its row types and the names of its key's entries as its
                  to_nvlist delivers them (each list joined by ','), separated by tabs
-  children.tsv   per table with children: a path to one of its rows (placeholder keys), then
-                 the segments of its children in chain order, separated by tabs
 
 usage: expect_tool.py SCHEMA_DIR OUT_DIR
 """
@@ -45,23 +43,6 @@ def key(pos):
     return pos.key.name
 
 
-PLACEHOLDER = {"u_int32": "1", "int32": "1", "rsl_vstring": "x", "ip_address": "10.0.0.1"}
-
-
-def keyed_path(cat, pos):
-    """Path to a row of pos with placeholder keys."""
-    segs = []
-    for p in lineage(pos):
-        k = p.key or cat.positions[p.entrance_of].key
-        if k.kind == "compound":
-            keys = "".join(f"[{n}={PLACEHOLDER[w]}]" for n, w in k.parts)
-        else:
-            word = k.word or "u_int32"
-            keys = f"[{k.name}={PLACEHOLDER[word]}]"
-        segs.append(p.segment + keys)
-    return "/".join(segs)
-
-
 def main(schema, out):
     cat = catalogue.load(schema)
     rows, cols = [], {}
@@ -77,9 +58,6 @@ def main(schema, out):
         fh.write("".join(p.segment + "\n" for p in cat.dispatchers[0].chain))
     with open(os.path.join(out, "all_segments.txt"), "w", encoding="utf-8") as fh:
         fh.write("".join(p.segment + "\n" for p in cat.traversers()))
-    with open(os.path.join(out, "children.tsv"), "w", encoding="utf-8") as fh:
-        for d in cat.dispatchers[1:]:
-            fh.write("\t".join([keyed_path(cat, d.parent)] + [c.segment for c in d.chain]) + "\n")
     with open(os.path.join(out, "rows.tsv"), "w", encoding="utf-8") as fh:
         for p in cat.tables():
             fh.write(f"{p.name}\t{','.join(p.rows)}\t{','.join(n for n, _ in expect.key_entries(cat, p)[1])}\n")

@@ -230,18 +230,10 @@ TEST(ToolLs, WithoutMarkersEveryTableOffersItsSegment) {
     EXPECT_EQ(lines, expected_lines("all_segments.txt"));
 }
 
-TEST(ToolLs, ChildrenOfEveryParentInChainOrder) {
-    const auto rows = expected_lines("children.tsv");
-    ASSERT_EQ(rows.size(), 22u);
-    for (const auto& row : rows) {
-        auto fields = split(row, '\t');
-        const std::string parent = fields.front();
-        fields.erase(fields.begin());
-        const ToolRun r = zanfe({"ls", parent + "/*"});
-        EXPECT_EQ(r.status, 0) << parent << ": " << r.err;
-        EXPECT_EQ(split_lines(r.out), fields) << parent;
-    }
-    // The one that matters most to users, spelled out.
+// The children of each of the 22 parents in chain order are the dispatchers' listing
+// (Resolve.StarBelowATableListsExactlyItsChildren), which ls prints as the engine hands it
+// over; the one that matters most to users, spelled out.
+TEST(ToolLs, ChildrenOfAParentInChainOrder) {
     EXPECT_EQ(zanfe({"ls", "vrf[vrf_key_vrf_name=red]/*"}).out,
               "vrf_rd\nvrf_ipv4_mt\nvrf_descr\nvrf_afi\nvrf_vpnid\nvrf_rt\nvrf_ipv6_mt\n");
 }
