@@ -21,6 +21,7 @@
 #include "zan/platform.hpp"
 
 #include "bench_engine.hpp"
+#include "bench_store.hpp"
 #include "library_function.hpp"
 
 #ifdef ZAN_PEER
@@ -39,15 +40,7 @@ using Body = std::function<void()>;
 
 const zan::engine::Engine& engine() { return bench_engine("count_ops"); }
 
-const zan::db::Store& store() {
-    static const zan::db::Store* s = [] {
-        engine();
-        auto loaded = zan::config::load_default();
-        if (!loaded) fail(loaded.error);
-        return loaded.store.release();
-    }();
-    return *s;
-}
+const zan::db::Store& store() { return bench_store("count_ops"); }
 
 zan::plat::UriSegment keyed(const char* position, const char* value) {
     const auto* t = zan::db::table_info(position);

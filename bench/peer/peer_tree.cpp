@@ -18,6 +18,7 @@
 #include "zan/platform.hpp"
 
 #include "../bench_engine.hpp"
+#include "../bench_store.hpp"
 
 #ifndef ZAN_PEER_YANG
 #error "ZAN_PEER_YANG must name the generated module"
@@ -33,19 +34,7 @@ namespace {
 
 const zan::engine::Engine& engine() { return bench_engine("peer_tree"); }
 
-}  // namespace
-
-const zan::db::Store& peer_store() {
-    static const zan::db::Store* s = [] {
-        engine();
-        auto loaded = zan::config::load_default();
-        if (!loaded) fail(loaded.error);
-        return loaded.store.release();
-    }();
-    return *s;
-}
-
-namespace {
+const zan::db::Store& peer_store() { return bench_store("peer_tree"); }
 
 // A value as libyang reads it from text; nullopt for a null.
 std::optional<std::string> value_text(const zan::plat::Value& v) {

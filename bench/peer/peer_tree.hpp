@@ -21,6 +21,3 @@ struct Peer {
 
 // The context and tree, made on first use; a failure ends the process with one line.
 const Peer& peer();
-
-// The built-in configuration the tree is filled from (loaded once, after the engine).
-const zan::db::Store& peer_store();

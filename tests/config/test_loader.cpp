@@ -109,55 +109,28 @@ public:
         const FieldInfo& f = *c.field;
         switch (f.kind) {
             case FieldKind::enumeration:
-                {
-                EXPECT_EQ(f.target->values[size_t(get_int(r, c.path))], c.value.get<std::string>());
+                EXPECT_EQ(f.target->values[size_t(get_int(r, c.path))], c.value.get<std::string>()); return;
+            case FieldKind::flags:
+                EXPECT_EQ(get_u64(r, c.path), (1ull << *f.target->value_of(c.value[0].get<std::string>())) |
+                                                  (1ull << *f.target->value_of(c.value[1].get<std::string>())));
                 return;
-            }
-            case FieldKind::flags: {
-                uint64_t bits = (1ull << *f.target->value_of(c.value[0].get<std::string>())) |
-                                (1ull << *f.target->value_of(c.value[1].get<std::string>()));
-                {
-                EXPECT_EQ(get_u64(r, c.path), bits);
-                return;
-            }
-            }
             case FieldKind::fixed_array:
             case FieldKind::counted_array: {
                 std::vector<uint64_t> got = get_array(r, c.path);
                 for (size_t i = 0; i < c.value.size(); ++i) EXPECT_EQ(got.at(i), c.value[i].get<uint64_t>());
                 return;
             }
-            case FieldKind::chars: {
-                EXPECT_EQ(get_text(r, c.path), c.value.get<std::string>());
-                return;
-            }
+            case FieldKind::chars: EXPECT_EQ(get_text(r, c.path), c.value.get<std::string>()); return;
             default: break;
         }
         switch (f.word) {
-            case Word::rsl_vstring: {
-                EXPECT_EQ(get_text(r, c.path), c.value.get<std::string>());
-                return;
-            }
-            case Word::ip_address: {
-                EXPECT_EQ(get_ip(r, c.path), *zan::plat::parse_ip(c.value.get<std::string>()));
-                return;
-            }
-            case Word::rsl_mac_addr: {
-                EXPECT_EQ(get_mac(r, c.path), *zan::plat::parse_mac(c.value.get<std::string>()));
-                return;
-            }
-            case Word::rsl_boolean: {
-                EXPECT_EQ(get_int(r, c.path) != 0, c.value.get<bool>());
-                return;
-            }
-            case Word::u_int64: {
-                EXPECT_EQ(get_u64(r, c.path), c.value.get<uint64_t>());
-                return;
-            }
-            default: {
-                EXPECT_EQ(get_int(r, c.path), c.value.get<int64_t>());
-                return;
-            }
+            case Word::rsl_vstring: EXPECT_EQ(get_text(r, c.path), c.value.get<std::string>()); break;
+            case Word::ip_address: EXPECT_EQ(get_ip(r, c.path), *zan::plat::parse_ip(c.value.get<std::string>())); break;
+            case Word::rsl_mac_addr:
+                EXPECT_EQ(get_mac(r, c.path), *zan::plat::parse_mac(c.value.get<std::string>())); break;
+            case Word::rsl_boolean: EXPECT_EQ(get_int(r, c.path) != 0, c.value.get<bool>()); break;
+            case Word::u_int64: EXPECT_EQ(get_u64(r, c.path), c.value.get<uint64_t>()); break;
+            default: EXPECT_EQ(get_int(r, c.path), c.value.get<int64_t>()); break;
         }
     }
 

@@ -89,7 +89,8 @@ TEST_F(KeyConversion, EveryKeyWordGivesItsStoredForm) {
 }
 
 TEST_F(KeyConversion, TheFormMatchesTheRowKeyOfEveryTable) {
-    // What a path's key converts to is what the store compares rows by.
+    // What a path's key converts to is what the store compares rows by, and what the store
+    // makes of the same text.
     for (const TableInfo* t : tables()) {
         if (t->key_kind == KeyKind::compound) continue;
         SCOPED_TRACE(std::string(t->name));
@@ -99,6 +100,7 @@ TEST_F(KeyConversion, TheFormMatchesTheRowKeyOfEveryTable) {
         Converted r = convert(KeyValue(text), t->key_luid);
         ASSERT_EQ(r.err, 0u);
         EXPECT_EQ(r.bytes, row_key(*row));
+        EXPECT_EQ(key_bytes(t->key_word, text), row_key(*row));
     }
 }
 

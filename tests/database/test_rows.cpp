@@ -53,17 +53,6 @@ TEST_F(Rows, StoredKeyFormsPerWord) {
     EXPECT_EQ(key_bytes(Word::u_int32, "12x"), std::nullopt);
 }
 
-TEST_F(Rows, EveryTableRowKeyMatchesTheFormOfItsKeyText) {
-    for (const TableInfo* t : tables()) {
-        if (t->key_kind == KeyKind::compound) continue;
-        SCOPED_TRACE(std::string(t->name));
-        RowPtr row = make_row(t->name);
-        std::string text = t->key_word == Word::rsl_vstring ? "k-1" : t->key_word == Word::ip_address ? "192.0.2.7" : "77";
-        set_from_text(*row_record(*row), t->key_name, text);
-        EXPECT_EQ(row_key(*row), key_bytes(t->key_word, text));
-    }
-}
-
 TEST_F(Rows, TheStoreFindsRowsByParentAndKey) {
     Store store;
     Row& pool_a = store.add("tbl_cfg_ip_dhcp_pool_eol");

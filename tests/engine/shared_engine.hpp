@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "zan/config.hpp"
 #include "zan/engine.hpp"
 
 inline zan::engine::Engine& engine() {
@@ -13,4 +14,15 @@ inline zan::engine::Engine& engine() {
         return fresh;
     }();
     return *e;
+}
+
+// The built-in configuration, loaded once after the engine and kept.
+inline const zan::db::Store& default_store() {
+    static const zan::db::Store* s = [] {
+        engine();
+        auto loaded = zan::config::load_default();
+        EXPECT_TRUE(loaded) << loaded.error;
+        return loaded.store.release();
+    }();
+    return *s;
 }

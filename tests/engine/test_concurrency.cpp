@@ -49,9 +49,7 @@ std::string outcome(const zan::engine::Engine& e, const db::Store& store, const 
 
 TEST(Concurrency, EightThreadsGetWhatOneThreadGets) {
     const zan::engine::Engine& e = engine();
-    auto loaded = zan::config::load_default();
-    ASSERT_TRUE(loaded) << loaded.error;
-    const db::Store& store = *loaded.store;
+    const db::Store& store = default_store();
     std::vector<const db::Row*> rows;
     for (const db::TableInfo* t : db::tables())
         for (const db::Row* r : store.rows(*t)) rows.push_back(r);

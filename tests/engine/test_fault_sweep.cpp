@@ -53,11 +53,6 @@ struct SweptRequest {
     bool positive_too = false;    // any positive result counts as well (value-list adders)
 };
 
-const db::Store& default_store() {
-    static auto* r = new zan::config::LoadResult(zan::config::load_default());
-    return *r->store;
-}
-
 // Records of types that no table row holds (the fixed array of en_address, the counted
 // array of vlan_group, the u_int16 leaf of consumer), a row with an int16 leaf and a row
 // whose array is unset, loaded apart from the default configuration.

@@ -1,9 +1,12 @@
 #include "harness.hpp"
 
+#include "zan/config.hpp"
+
 #include <dlfcn.h>
 #include <elf.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -62,6 +65,32 @@ std::vector<std::string> names_of(gx_do_properties* props) {
     std::vector<std::string> out;
     for (const zan::plat::NamedValue& nv : zan::plat::properties_items(props)) out.push_back(nv.name);
     return out;
+}
+
+const std::set<std::string>& arm_types() {
+    static const std::set<std::string> types = [] {
+        std::set<std::string> out;
+        std::function<void(const zan::db::TypeInfo&)> visit = [&](const zan::db::TypeInfo& t) {
+            if (!out.insert(std::string(t.name)).second) return;
+            for (const zan::db::FieldInfo& f : t.fields)
+                if (f.role == zan::db::FieldRole::attribute && f.kind == zan::db::FieldKind::nested) visit(*f.target);
+        };
+        for (const RecordRow& r : expect().records)
+            for (const zan::db::FieldInfo& f : zan::db::type_info(r.name)->fields)
+                if (f.arm != 0) visit(*f.target);
+        return out;
+    }();
+    return types;
+}
+
+const zan::db::Store& default_store() {
+    static const zan::db::Store* s = [] {
+        library();
+        auto loaded = zan::config::load_default();
+        if (!loaded) throw std::runtime_error(loaded.error);
+        return loaded.store.release();
+    }();
+    return *s;
 }
 
 int32_t init() {
@@ -142,6 +171,89 @@ const RecordRow& Expect::record(const std::string& name) const {
     for (const RecordRow& r : records)
         if (r.name == name) return r;
     throw std::runtime_error("no record " + name);
+}
+
+std::vector<std::string> texts(const zan::plat::TraceCapture& traces) {
+    std::vector<std::string> out;
+    for (const auto& r : traces.records()) out.push_back(r.text);
+    return out;
+}
+
+Failed failing(const char* point, long nth, const std::function<int32_t()>& call) {
+    zan::plat::TraceCapture traces;
+    zan::plat::fault_fail_nth(point, nth);
+    Failed f{call(), texts(traces)};
+    if (!traces.records().empty()) f.level = traces.records().back().level;
+    zan::plat::fault_clear_all();
+    return f;
+}
+
+void fatal_traces_to_stderr() {
+    zan::plat::trace_set_sink([](const zan::plat::TraceRecord& r) {
+        if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
+    });
+}
+
+void for_each_discriminator(const std::function<void(zan::db::Record&, uint32_t value)>& check) {
+    for (uint32_t value : {0u, 1u, 2u, 3u, 22u}) {
+        SCOPED_TRACE(value);
+        zan::db::RecordPtr rec = zan::db::make_record("ntp_peer_cp");
+        zan::db::set_int(*rec, "descriminator", value);
+        check(*rec, value);
+    }
+}
+
+void for_each_state_flag(const std::function<void(zan::db::Record&, bool present, bool is_default)>& check) {
+    struct Case {
+        uint8_t flag;
+        bool present, is_default;
+    };
+    for (const Case c : {Case{0, false, false}, Case{1, true, true}, Case{2, true, false}, Case{3, true, true},
+                         Case{4, false, false}}) {
+        SCOPED_TRACE(int(c.flag));
+        zan::db::RecordPtr rec = zan::db::make_record("ntp_maxdistance_cp");
+        zan::db::set_int(*rec, "ntp_mdist_value_1", 5);
+        zan::db::set_state(*rec, "ntp_mdist_value_1", c.flag);
+        check(*rec, c.present, c.is_default);
+    }
+}
+
+void for_each_default_case(
+    const std::function<void(zan::db::Record&, const std::string& leaf, bool is_default)>& check) {
+    for (int64_t value : {0, 1}) {
+        for (int32_t variant : {0, -1}) {
+            SCOPED_TRACE(std::to_string(value) + "/" + std::to_string(variant));
+            zan::db::set_default_variant(nullptr, variant);
+            zan::db::RecordPtr rec = zan::db::make_record("ntp_peer_cp_0_cp");
+            const std::string leaf(zan::db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name);
+            zan::db::set_int(*rec, leaf, value);
+            check(*rec, leaf, value == 0 && variant >= 0);
+        }
+    }
+}
+
+void PropsTest::TearDown() {
+    zan::plat::properties_deref(props);
+    zan::plat::fault_clear_all();
+    zan::db::clear_default_variants();
+    EXPECT_EQ(zan::plat::live_objects().vlist, 0) << "a list was not released";
+}
+
+void PropsTest::fresh() {
+    zan::plat::properties_deref(props);
+    props = zan::plat::properties_new();
+}
+
+const zan::plat::Value& PropsTest::at(const std::string& name) {
+    if (const zan::plat::Value* v = zan::plat::properties_get(props, name)) return *v;
+    ADD_FAILURE() << name << " not set";
+    static const zan::plat::Value none;
+    return none;
+}
+
+int32_t PropsTest::render(const std::string& type, const zan::db::Record& rec, const char* prefix,
+                          int32_t with_state) {
+    return type_row(type)(nullptr, 0, prefix, props, &rec, with_state, &err);
 }
 
 std::string Elf::bytes_at(uint64_t vaddr, uint64_t size) const {

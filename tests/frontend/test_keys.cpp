@@ -17,14 +17,6 @@ namespace plat = zan::plat;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
-
-const db::Store& default_store() {
-    static const auto loaded = zan::config::load_default();
-    if (!loaded.store) throw std::runtime_error(loaded.error);
-    return *loaded.store;
-}
-
 std::vector<const db::Row*> rows_of(const std::string& table) {
     const auto rows = default_store().rows(*db::table_info(table));
     return {rows.begin(), rows.end()};
@@ -277,7 +269,7 @@ TEST_F(Keys, NegativeVariantAbortsOnlyTheEnumerationsThatCheckIt) {
         }
         EXPECT_DEATH(
             {
-                plat::trace_set_sink([](const plat::TraceRecord& r) { std::fprintf(stderr, "%s\n", r.text.c_str()); });
+                fatal_traces_to_stderr();
                 fn(nullptr, 0, "attr", nvlist, 0, 1, h, &err);
             },
             std::string(name) + " Recieved variant -1 < base version 0");

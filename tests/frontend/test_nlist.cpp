@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -21,8 +22,6 @@ namespace {
 using full_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*);
 using null_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, gx_do_nlist*, gx_do_vlist*, uint32_t*);
 
-constexpr uint32_t k_error_level = 0x3000000;
-constexpr uint32_t k_debug_level = 0x7000000;
 
 // A name list and a value list, released with the object.
 struct Lists {
@@ -41,13 +40,7 @@ struct Lists {
 
 full_fn full(const std::string& type) { return internal_fn<full_fn>(type + "_to_nlist_vlist_all"); }
 
-std::vector<std::string> texts(const plat::TraceCapture& traces) {
-    std::vector<std::string> out;
-    for (const auto& r : traces.records()) out.push_back(r.text);
-    return out;
-}
 
-bool is_null(const plat::Value& v) { return std::holds_alternative<plat::Null>(v.v); }
 
 class Nlist : public ::testing::Test {
 protected:
@@ -97,11 +90,10 @@ TEST_F(Nlist, EveryRecordTypeNamesWhatRenderingToPropertiesNames) {
 }
 
 TEST_F(Nlist, EveryRowOfTheDefaultConfigurationNamesWhatRenderingToPropertiesNames) {
-    zan::config::LoadResult cfg = zan::config::load_default();
-    ASSERT_TRUE(cfg) << cfg.error;
+    const db::Store& store = default_store();
     int done = 0;
     for (const db::TableInfo* t : db::tables()) {
-        for (db::Row* row : cfg.store->rows(*t)) {
+        for (db::Row* row : store.rows(*t)) {
             for (size_t i = 0; i < t->rows.size(); ++i) {
                 same_as_properties(std::string(t->rows[i]->name), db::row_record(*row, i));
                 ++done;
@@ -110,27 +102,18 @@ TEST_F(Nlist, EveryRowOfTheDefaultConfigurationNamesWhatRenderingToPropertiesNam
     }
     EXPECT_GT(done, 0);
     // And the records that stand in no table, with their sequences.
-    for (std::string_view type : cfg.store->record_types())
-        for (db::Record* rec : cfg.store->records(type)) same_as_properties(std::string(type), rec);
+    for (std::string_view type : store.record_types())
+        for (db::Record* rec : store.records(type)) same_as_properties(std::string(type), rec);
 }
 
 TEST_F(Nlist, NullFormsNameWhatTheFullFormsNameForEveryTypeThatCanStandInAnArm) {
     // The types that can stand in an arm, directly or deeper, have a null form; no other has.
-    std::set<std::string> arm_types;
-    std::function<void(const db::TypeInfo&)> visit = [&](const db::TypeInfo& t) {
-        if (!arm_types.insert(std::string(t.name)).second) return;
-        for (const db::FieldInfo& f : t.fields)
-            if (f.role == db::FieldRole::attribute && f.kind == db::FieldKind::nested) visit(*f.target);
-    };
-    for (const db::TypeInfo* t : record_types())
-        for (const db::FieldInfo& f : t->fields)
-            if (f.arm != 0) visit(*f.target);
-    ASSERT_FALSE(arm_types.empty());
+    ASSERT_FALSE(arm_types().empty());
     for (const db::TypeInfo* t : record_types()) {
         const std::string name(t->name);
         SCOPED_TRACE(name);
         auto null = reinterpret_cast<null_fn>(internal(name + "_to_null_nlist_vlist"));
-        ASSERT_EQ(null != nullptr, arm_types.count(name) == 1);
+        ASSERT_EQ(null != nullptr, arm_types().count(name) == 1);
         if (null == nullptr) continue;
         Lists l;
         EXPECT_GE(null(nullptr, 0, l.names, l.values, &err), 0);
@@ -153,7 +136,7 @@ TEST_F(Nlist, NullFormsNameWhatTheFullFormsNameForEveryTypeThatCanStandInAnArm) 
         EXPECT_EQ(l.value_items().size(), g.values.size());
     }
     // Absent lists or a pending error: -1 and nothing added.
-    auto null = internal_fn<null_fn>(*arm_types.begin() + "_to_null_nlist_vlist");
+    auto null = internal_fn<null_fn>(*arm_types().begin() + "_to_null_nlist_vlist");
     Lists l;
     EXPECT_EQ(null(nullptr, 0, nullptr, l.values, &err), -1);
     EXPECT_EQ(null(nullptr, 0, l.names, l.values, nullptr), -1);
@@ -163,20 +146,17 @@ TEST_F(Nlist, NullFormsNameWhatTheFullFormsNameForEveryTypeThatCanStandInAnArm) 
 }
 
 TEST_F(Nlist, UnionsNameEveryArmWhicheverIsSelected) {
-    for (uint32_t value : {0u, 1u, 2u}) {
-        SCOPED_TRACE(value);
-        db::RecordPtr rec = db::make_record("ntp_peer_cp");
-        db::set_int(*rec, "descriminator", value);
-        db::set_int(*rec, "compound_67.ntp_server", 7);
+    for_each_discriminator([&](db::Record& rec, uint32_t value) {
+        db::set_int(rec, "compound_67.ntp_server", 7);
         Lists l;
-        EXPECT_GE(full("ntp_peer_cp")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), 0);
+        EXPECT_GE(full("ntp_peer_cp")(nullptr, 0, &rec, l.names, l.values, 0, &err), 0);
         EXPECT_EQ(l.name_texts(),
                   (std::vector<std::string>{"descriminator", "compound_66.ntp_peer", "compound_67.ntp_server"}));
         const plat::ValueList v = l.value_items();
         ASSERT_EQ(v.size(), 3u);
         EXPECT_EQ(is_null(v[1]), value != 1);
         EXPECT_EQ(is_null(v[2]), value != 2);
-    }
+    });
 }
 
 // ------------------------------------------------------------------ nesting and extensions
@@ -257,60 +237,107 @@ TEST_F(Nlist, NegativeVariantAborts) {
 
 // ------------------------------------------------------------------ failures
 
-TEST_F(Nlist, LeafFailuresNameTheFieldBehindARunOfLetters) {
-    db::RecordPtr rec = db::make_record("vrf_info");
-    {
+// One fault per row: the answer, every trace (the first at error level), the names that stand
+// and how many values. No failure writes the error word.
+TEST_F(Nlist, FailuresOfLeavesNestingNullFormsAndArms) {
+    db::RecordPtr vrf = db::make_record("vrf_info");
+    db::RecordPtr ack = db::make_record("ack_node");
+    db::RecordPtr peer = db::make_record("ntp_peer_cp");
+    db::set_int(*peer, "descriminator", 2);
+    auto record = [&](const char* type, const db::RecordPtr& rec) {
+        return [this, type, &rec](Lists& l) { return full(type)(nullptr, 0, rec.get(), l.names, l.values, 0, &err); };
+    };
+    auto null_form = [&](const std::string& type) {
+        auto null = internal_fn<null_fn>(type + "_to_null_nlist_vlist");
+        return [this, null](Lists& l) { return null ? null(nullptr, 0, l.names, l.values, &err) : -99; };
+    };
+    // ntp_peer_cp_0_cp stands in an arm of ntp_peer_cp: one int32 leaf. A group of obj_type's
+    // values has an empty type word in its messages.
+    const std::string leaf(db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name);
+    const std::string& v = expect().groups.at(0).values.at(0);
+    const std::string ack_run = "abcdefghijklmnopabcdefghijk om_node_oid_to_vlist for ack_node_om_node failed";
+    using Names = std::optional<std::vector<std::string>>;
+    const std::vector<std::string> none, ack_leaves{"dwnld_bl", "resp_bl", "last_dwnld_timestamp"};
+    struct Case {
+        std::function<int32_t(Lists&)> call;
+        const char* point;
+        long nth;
+        Names traces;   // nullopt: not looked at
+        Names names;
+        int values;   // -1: not looked at
+    };
+    const Case cases[] = {
+        {record("vrf_info", vrf), "gx_do_vlist_add_value", 1,
+         std::vector<std::string>{"abcdefghijklmnopabcdefghijk u_int32_to_vlist for vrf_info_table_id failed"}, none, -1},
+        // The name of a leaf not added: no trace, and its value stays.
+        {record("vrf_info", vrf), "gx_do_nlist_add_string", 2, none, Names{{"table_id"}}, 2},
+        {record("ack_node", ack), "gx_do_vlist_add_value", 4,   // om_node.cid
+         std::vector<std::string>{"abcdefghijklmnopabcdefghijklmn u_int8_to_vlist for om_node_oid_cid failed", ack_run},
+         ack_leaves, 3},
+        // Any of the nested rendering's three objects missing: no trace, nothing added.
+        {record("ack_node", ack), "gx_do_nlist_new", 1, none, ack_leaves, 3},
+        {record("ack_node", ack), "gx_do_vlist_new", 1, none, ack_leaves, 3},
+        {record("ack_node", ack), "gx_do_strbuf_new", 1, none, ack_leaves, 3},
+        // A joined name not added: 3 leaves, cid inside, then om_node.cid.
+        {record("ack_node", ack), "gx_do_nlist_add_string", 5, std::nullopt, ack_leaves, -1},
+        {null_form("ntp_peer_cp_0_cp"), "gx_do_vlist_add_null", 1,
+         std::vector<std::string>{"ntp_peer_cp_0_cp to_nlist_vlist_all: int32 set null failed for " + leaf +
+                                  "for ntp_peer_cp_0_cp"}, std::nullopt, -1},
+        {null_form("ntp_peer_cp_0_cp"), "gx_do_nlist_add_string", 1,
+         std::vector<std::string>{"ntp_peer_cp_0_cp to_nlist_vlist_all: int32 add nlist failed for " + leaf},
+         std::nullopt, 1},
+        // A nested arm's null failing (the discriminator's, then arm 1's first leaf): its own
+        // trace, then its holder's.
+        {null_form("ntp_peer_v6addr_cp"), "gx_do_vlist_add_null", 2,
+         std::vector<std::string>{"ntp_peer_v6addr_cp_0_cp to_nlist_vlist_all: ip_address set null failed for "
+                                  "ntp_peer_v6addrfor ntp_peer_v6addr_cp_0_cp",
+                                  "ntp_peer_v6addr_cp to_nlist_vlist_all: ntp_peer_v6addr_cp_0_cp failed for "
+                                  "compound_58for ntp_peer_v6addr_cp"},
+         Names{{"descriminator"}}, -1},
+        {null_form(expect().groups.at(0).name), "gx_do_vlist_add_null", 1,
+         std::vector<std::string>{v + " to_nlist_vlist_all:  set null failed for " + v + "for " + v}, std::nullopt, -1},
+        {null_form(expect().groups.at(0).name), "gx_do_nlist_add_string", 1,
+         std::vector<std::string>{v + " to_nlist_vlist_all:  add nlist failed for " + v}, std::nullopt, -1},
+        // Arm 1 is not selected: its null form fails.
+        {record("ntp_peer_cp", peer), "gx_do_vlist_add_null", 1,
+         std::vector<std::string>{
+             "ntp_peer_cp_0_cp to_nlist_vlist_all: int32 set null failed for ntp_peerfor ntp_peer_cp_0_cp",
+             "ntp_peer_cp to_nlist_vlist_all: ntp_peer_cp_0_cp failed for compound_66for ntp_peer_cp"},
+         Names{{"descriminator"}}, -1},
+        // Arm 2 is selected: its leaf fails (the discriminator's value is the first).
+        {record("ntp_peer_cp", peer), "gx_do_vlist_add_value", 2,
+         std::vector<std::string>{
+             "abcdefghijklmnopabcdefghijklmnopabc int32_to_vlist for ntp_peer_cp_1_cp_ntp_server failed",
+             "ntp_peer_cp to_ nlist_vlist_all ntp_peer_cp_1_cp_to_vlist for ntp_peer_cp_compound_67 failed"},
+         Names{{"descriminator", "compound_66.ntp_peer"}}, -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.point) + " " + std::to_string(c.nth) + " " +
+                     (c.traces && !c.traces->empty() ? c.traces->back() : ""));
         Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_value", 1);
-        EXPECT_EQ(full("vrf_info")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{
-                                     "abcdefghijklmnopabcdefghijk u_int32_to_vlist for vrf_info_table_id failed"}));
-        EXPECT_EQ(traces.records()[0].level, k_error_level);
-        EXPECT_EQ(gx_do_nlist_get_len(l.names), 0);
+        const Failed f = failing(c.point, c.nth, [&] { return c.call(l); });
+        EXPECT_EQ(f.result, -1);
+        if (c.traces) {
+            EXPECT_EQ(f.traces, *c.traces);
+        }
+        if (c.traces && !c.traces->empty()) {
+            EXPECT_EQ(f.level, k_error_level);
+        }
+        if (c.names) {
+            EXPECT_EQ(l.name_texts(), *c.names);
+        }
+        if (c.values >= 0) {
+            EXPECT_EQ(gx_do_vlist_get_len(l.values), c.values);
+        }
+        EXPECT_EQ(err, 0u);
     }
-    // The name of a leaf not added: -1 without a trace, and its value stays.
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_nlist_add_string", 2);
-        EXPECT_EQ(full("vrf_info")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_TRUE(traces.records().empty());
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"table_id"}));
-        EXPECT_EQ(gx_do_vlist_get_len(l.values), 2);
-    }
-    EXPECT_EQ(err, 0u);   // no failure writes the error word
-}
-
-TEST_F(Nlist, NestedFailuresTraceEveryLevelAndKeepWhatWasAdded) {
-    db::RecordPtr rec = db::make_record("ack_node");
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_value", 4);   // om_node.cid
-        EXPECT_EQ(full("ack_node")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_EQ(texts(traces),
-                  (std::vector<std::string>{"abcdefghijklmnopabcdefghijklmn u_int8_to_vlist for om_node_oid_cid failed",
-                                            "abcdefghijklmnopabcdefghijk om_node_oid_to_vlist for ack_node_om_node failed"}));
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"dwnld_bl", "resp_bl", "last_dwnld_timestamp"}));
-        EXPECT_EQ(gx_do_vlist_get_len(l.values), 3);
-    }
-    // Any of the nested rendering's three objects missing: -1, no trace, nothing added.
-    for (const char* point : {"gx_do_nlist_new", "gx_do_vlist_new", "gx_do_strbuf_new"}) {
-        SCOPED_TRACE(point);
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(point, 1);
-        EXPECT_EQ(full("ack_node")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_TRUE(traces.records().empty());
-        EXPECT_EQ(gx_do_nlist_get_len(l.names), 3);
-        EXPECT_EQ(gx_do_vlist_get_len(l.values), 3);
-    }
-    // A joined name not added: -1.
+    // The discriminator itself: a value without an enumerator fails in its conversion.
+    db::set_int(*peer, "descriminator", 23);
     Lists l;
-    plat::fault_fail_nth("gx_do_nlist_add_string", 5);   // 3 leaves, cid inside, then om_node.cid
-    EXPECT_EQ(full("ack_node")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-    EXPECT_EQ(gx_do_nlist_get_len(l.names), 3);
+    plat::TraceCapture traces;
+    EXPECT_LT(full("ntp_peer_cp")(nullptr, 0, peer.get(), l.names, l.values, 0, &err), 0);
+    EXPECT_EQ(texts(traces).back(),
+              "abcdefghijklmnopabcdefghijklmn zan_cfg_union_to_vlist for ntp_peer_cp_descriminator failed");
 }
 
 TEST_F(Nlist, ArrayFailures) {
@@ -332,13 +359,13 @@ TEST_F(Nlist, ArrayFailures) {
         SCOPED_TRACE(c.trace);
         if (c.with_state) db::set_state(*rec, "addr", 0);
         Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(c.point, c.nth);
-        EXPECT_EQ(full("en_address")(nullptr, 0, rec.get(), l.names, l.values, c.with_state, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{c.trace}));
+        const Failed f = failing(c.point, c.nth, [&] {
+            return full("en_address")(nullptr, 0, rec.get(), l.names, l.values, c.with_state, &err);
+        });
+        EXPECT_EQ(f.result, -1);
+        EXPECT_EQ(f.traces, (std::vector<std::string>{c.trace}));
         EXPECT_EQ(gx_do_vlist_get_len(l.values), 0);
         EXPECT_EQ(gx_do_nlist_get_len(l.names), 0);
-        plat::fault_clear_all();
     }
     // An unset array is a null with its name; a set one an array of its elements.
     Lists l;
@@ -349,99 +376,6 @@ TEST_F(Nlist, ArrayFailures) {
     const plat::ValueList v = l.value_items();
     EXPECT_TRUE(is_null(v[0]));
     EXPECT_EQ(std::get<plat::ValueList>(v[1].v).size(), 6u);
-}
-
-TEST_F(Nlist, NullFormFailures) {
-    // ntp_peer_cp_0_cp stands in an arm of ntp_peer_cp: one int32 leaf.
-    const db::TypeInfo& t = *db::type_info("ntp_peer_cp_0_cp");
-    const std::string leaf(t.fields.at(0).name);
-    auto null = internal_fn<null_fn>("ntp_peer_cp_0_cp_to_null_nlist_vlist");
-    ASSERT_NE(null, nullptr);
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-        EXPECT_EQ(null(nullptr, 0, l.names, l.values, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{"ntp_peer_cp_0_cp to_nlist_vlist_all: int32 set null failed for " +
-                                                           leaf + "for ntp_peer_cp_0_cp"}));
-    }
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_nlist_add_string", 1);
-        EXPECT_EQ(null(nullptr, 0, l.names, l.values, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{"ntp_peer_cp_0_cp to_nlist_vlist_all: int32 add nlist failed for " +
-                                                           leaf}));
-        EXPECT_EQ(gx_do_vlist_get_len(l.values), 1);
-    }
-    // A nested arm's null failing: its own trace, then its holder's.
-    {
-        auto outer = internal_fn<null_fn>("ntp_peer_v6addr_cp_to_null_nlist_vlist");
-        ASSERT_NE(outer, nullptr);
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_null", 2);   // the discriminator, then arm 1's first leaf
-        EXPECT_EQ(outer(nullptr, 0, l.names, l.values, &err), -1);
-        EXPECT_EQ(texts(traces),
-                  (std::vector<std::string>{"ntp_peer_v6addr_cp_0_cp to_nlist_vlist_all: ip_address set null failed for "
-                                            "ntp_peer_v6addrfor ntp_peer_v6addr_cp_0_cp",
-                                            "ntp_peer_v6addr_cp to_nlist_vlist_all: ntp_peer_v6addr_cp_0_cp failed for "
-                                            "compound_58for ntp_peer_v6addr_cp"}));
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"descriminator"}));
-    }
-    // A group of obj_type's values: the messages have an empty type word.
-    const Group& g = expect().groups.at(0);
-    auto group = internal_fn<null_fn>(g.name + "_to_null_nlist_vlist");
-    ASSERT_NE(group, nullptr);
-    const std::string& v = g.values.at(0);
-    {
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-        EXPECT_EQ(group(nullptr, 0, l.names, l.values, &err), -1);
-        EXPECT_EQ(texts(traces), (std::vector<std::string>{v + " to_nlist_vlist_all:  set null failed for " + v + "for " + v}));
-    }
-    Lists l;
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_nlist_add_string", 1);
-    EXPECT_EQ(group(nullptr, 0, l.names, l.values, &err), -1);
-    EXPECT_EQ(texts(traces), (std::vector<std::string>{v + " to_nlist_vlist_all:  add nlist failed for " + v}));
-}
-
-TEST_F(Nlist, UnionArmFailures) {
-    db::RecordPtr rec = db::make_record("ntp_peer_cp");
-    db::set_int(*rec, "descriminator", 2);
-    {
-        // Arm 1 is not selected: its null form fails.
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-        EXPECT_EQ(full("ntp_peer_cp")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        EXPECT_EQ(texts(traces),
-                  (std::vector<std::string>{
-                      "ntp_peer_cp_0_cp to_nlist_vlist_all: int32 set null failed for ntp_peerfor ntp_peer_cp_0_cp",
-                      "ntp_peer_cp to_nlist_vlist_all: ntp_peer_cp_0_cp failed for compound_66for ntp_peer_cp"}));
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"descriminator"}));
-    }
-    {
-        // Arm 2 is selected: its leaf fails (the discriminator's value is the first).
-        Lists l;
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_value", 2);
-        EXPECT_EQ(full("ntp_peer_cp")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), -1);
-        ASSERT_EQ(traces.records().size(), 2u);
-        EXPECT_EQ(texts(traces)[0],
-                  "abcdefghijklmnopabcdefghijklmnopabc int32_to_vlist for ntp_peer_cp_1_cp_ntp_server failed");
-        EXPECT_EQ(texts(traces)[1], "ntp_peer_cp to_ nlist_vlist_all ntp_peer_cp_1_cp_to_vlist for ntp_peer_cp_compound_67 failed");
-        EXPECT_EQ(l.name_texts(), (std::vector<std::string>{"descriminator", "compound_66.ntp_peer"}));
-    }
-    // The discriminator itself: a value without an enumerator fails in its conversion.
-    db::set_int(*rec, "descriminator", 23);
-    Lists l;
-    plat::TraceCapture traces;
-    EXPECT_LT(full("ntp_peer_cp")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), 0);
-    EXPECT_EQ(texts(traces).back(),
-              "abcdefghijklmnopabcdefghijklmn zan_cfg_union_to_vlist for ntp_peer_cp_descriminator failed");
 }
 
 TEST_F(Nlist, CountedArrayFollowsItsCount) {
@@ -568,11 +502,6 @@ TEST_F(Nlist, SequenceFailures) {
 // ------------------------------------------------------------------ lists out of step
 
 namespace {
-// Prints traces on stderr, so that a death test sees the line written before the abort.
-void traces_to_stderr() {
-    plat::trace_set_sink([](const plat::TraceRecord& r) { std::fprintf(stderr, "%s\n", r.text.c_str()); });
-}
-
 // A record whose nested record holds another of leaves only: the first value list copied up
 // is the middle record's.
 std::pair<const db::TypeInfo*, const db::FieldInfo*> three_levels() {
@@ -605,7 +534,7 @@ TEST_F(Nlist, ListsOutOfStepAbortTheNestedRendering) {
     Lists l;
     EXPECT_DEATH(
         {
-            traces_to_stderr();
+            fatal_traces_to_stderr();
             plat::fault_fail_nth("gx_do_vlist_add_all", 1);
             full(type)(nullptr, 0, rec.get(), l.names, l.values, 0, &err);
         },

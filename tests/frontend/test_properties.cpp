@@ -16,38 +16,11 @@ namespace plat = zan::plat;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
-constexpr uint32_t k_debug_level = 0x7000000;
-
-// One properties object per test, released with it.
-class Props : public ::testing::Test {
-protected:
-    gx_do_properties* props = plat::properties_new();
-    uint32_t err = 0;
-    void TearDown() override {
-        plat::properties_deref(props);
-        plat::fault_clear_all();
-        db::clear_default_variants();
-    }
-    const plat::Value& at(const std::string& name) {
-        const plat::Value* v = plat::properties_get(props, name);
-        if (v == nullptr) {
-            ADD_FAILURE() << name << " not set";
-            static const plat::Value none;
-            return none;
-        }
-        return *v;
-    }
-    int32_t render(const std::string& type, db::Record& rec, const char* prefix, int32_t with_state = 0) {
-        return type_row(type)(nullptr, 0, prefix, props, &rec, with_state, &err);
-    }
-};
-
-bool is_null(const plat::Value& v) { return std::holds_alternative<plat::Null>(v.v); }
+class Props : public PropsTest {};
 
 }  // namespace
 
-TEST_F(Props, NtpPeerRowDeliversItsThirtySevenAttributesInSchemaOrder) {
+TEST_F(Props, NtpPeerRowDeliversItsValuesByLeafWordAndArm) {
     db::RowPtr row = db::make_row("tbl_ntp_peer_eol");
     db::Record& top = *db::row_record(*row);
     db::set_text(top, "peer_server_key", "10.0.0.1");
@@ -57,23 +30,16 @@ TEST_F(Props, NtpPeerRowDeliversItsThirtySevenAttributesInSchemaOrder) {
     ASSERT_EQ(table_row("tbl_ntp_peer_eol").to_properties(nullptr, 0, row.get(), props, 0, &err), 0);
     EXPECT_EQ(err, 0u);
 
-    const std::vector<std::string> names = names_of(props);
-    ASSERT_EQ(names.size(), 37u);
-    EXPECT_EQ(names[0], "peer_server_key");
-    EXPECT_EQ(names[1], "compound_0.peer_or_server.descriminator");
-    EXPECT_EQ(names[2], "compound_0.peer_or_server.compound_66.ntp_peer");
-    EXPECT_EQ(names[3], "compound_0.peer_or_server.compound_67.ntp_server");
-    EXPECT_EQ(names[12], "compound_0.compound_57.compound_4.compound_7.compound_9.descriminator");
-    EXPECT_EQ(names[33], "compound_0.compound_12.compound_15.ntp_peer_source_if_37.handle");
-    EXPECT_EQ(names[36], "compound_0.compound_12.compound_18.ntp_peer_maxpoll_num");
-
+    // The 37 names in order: EveryTableRendersExactlyItsStaticAttributes.
+    const std::string arms = "compound_0.peer_or_server.";
     EXPECT_EQ(at("peer_server_key").leaf, "rsl_vstring");
-    EXPECT_EQ(std::get<plat::EnumText>(at(names[1]).v).text, "ZAN_CFG_1");
-    EXPECT_TRUE(is_null(at(names[2])));   // arm 1 is not the selected one
-    EXPECT_EQ(at(names[3]).leaf, "int32");
-    EXPECT_EQ(std::get<int64_t>(at(names[3]).v), 7);
-    EXPECT_EQ(at(names[33]).leaf, "u_int32");
-    EXPECT_EQ(std::get<uint64_t>(at(names[33]).v), 12u);
+    EXPECT_EQ(std::get<plat::EnumText>(at(arms + "descriminator").v).text, "ZAN_CFG_1");
+    EXPECT_TRUE(is_null(at(arms + "compound_66.ntp_peer")));   // arm 1 is not the selected one
+    EXPECT_EQ(at(arms + "compound_67.ntp_server").leaf, "int32");
+    EXPECT_EQ(std::get<int64_t>(at(arms + "compound_67.ntp_server").v), 7);
+    const std::string handle = "compound_0.compound_12.compound_15.ntp_peer_source_if_37.handle";
+    EXPECT_EQ(at(handle).leaf, "u_int32");
+    EXPECT_EQ(std::get<uint64_t>(at(handle).v), 12u);
     // Discriminator 0 nulls every arm, the discriminators of unions inside them included.
     EXPECT_EQ(std::get<plat::EnumText>(at("compound_0.descriminator").v).text, "ZAN_CFG_NONE");
     EXPECT_TRUE(is_null(at("compound_0.compound_2.descriminator")));
@@ -103,46 +69,24 @@ TEST_F(Props, UnionArmsFollowTheDiscriminator) {
     const std::string disc = std::string(prefix) + "descriminator";
     const std::string peer = std::string(prefix) + "compound_66.ntp_peer";
     const std::string server = std::string(prefix) + "compound_67.ntp_server";
-    for (uint32_t value : {0u, 1u, 2u, 3u, 22u}) {
-        SCOPED_TRACE(value);
-        db::RecordPtr rec = db::make_record("ntp_peer_cp");
-        db::set_int(*rec, "descriminator", value);
-        plat::properties_deref(props);
-        props = plat::properties_new();
-        ASSERT_EQ(render("ntp_peer_cp", *rec, prefix), 0);
+    for_each_discriminator([&](db::Record& rec, uint32_t value) {
+        fresh();
+        ASSERT_EQ(render("ntp_peer_cp", rec, prefix), 0);
         EXPECT_EQ(names_of(props), (std::vector<std::string>{disc, peer, server}));
         EXPECT_EQ(is_null(at(peer)), value != 1);
         EXPECT_EQ(is_null(at(server)), value != 2);
-    }
-    // A value with no enumerator fails in the discriminator itself, naming it.
-    db::RecordPtr rec = db::make_record("ntp_peer_cp");
-    db::set_int(*rec, "descriminator", 23);
-    plat::TraceCapture traces;
-    EXPECT_EQ(render("ntp_peer_cp", *rec, prefix), 3);
-    ASSERT_FALSE(traces.records().empty());
-    EXPECT_EQ(traces.records().back().text,
-              "ntp_peer_cp to_properties: zan_cfg_union_to_properties failed for ntp_peer_cp_descriminator");
-    EXPECT_EQ(traces.records().back().level, k_error_level);
+    });
+    // A value with no enumerator: PropsFail.DiscriminatorWithoutANameFailsTheUnion.
 }
 
 TEST_F(Props, StateFlagGivesPresentAndDefault) {
-    struct Case {
-        uint8_t flag;
-        bool present, is_default;
-    };
-    for (const Case c : {Case{0, false, false}, Case{1, true, true}, Case{2, true, false}, Case{3, true, true},
-                         Case{4, false, false}}) {
-        SCOPED_TRACE(int(c.flag));
-        db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
-        db::set_int(*rec, "ntp_mdist_value_1", 5);
-        db::set_state(*rec, "ntp_mdist_value_1", c.flag);
-        plat::properties_deref(props);
-        props = plat::properties_new();
-        ASSERT_EQ(render("ntp_maxdistance_cp", *rec, "compound_0.", 1), 0);
+    for_each_state_flag([&](db::Record& rec, bool present, bool is_default) {
+        fresh();
+        ASSERT_EQ(render("ntp_maxdistance_cp", rec, "compound_0.", 1), 0);
         const plat::Value& v = at("compound_0.ntp_mdist_value_1");
-        EXPECT_EQ(!is_null(v), c.present);
-        EXPECT_EQ(v.is_default, c.is_default);
-    }
+        EXPECT_EQ(!is_null(v), present);
+        EXPECT_EQ(v.is_default, is_default);
+    });
     // Without state the flag is not consulted.
     db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
     db::set_state(*rec, "ntp_mdist_value_1", 0);
@@ -151,19 +95,11 @@ TEST_F(Props, StateFlagGivesPresentAndDefault) {
 }
 
 TEST_F(Props, DefaultComparisonOnlyWithANonNegativeDefaultVariant) {
-    for (int64_t value : {0, 1}) {
-        for (int32_t variant : {0, -1}) {
-            SCOPED_TRACE(std::to_string(value) + "/" + std::to_string(variant));
-            db::set_default_variant(nullptr, variant);
-            db::RecordPtr rec = db::make_record("ntp_peer_cp_0_cp");
-            const std::string leaf = db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name.data();
-            db::set_int(*rec, leaf, value);
-            plat::properties_deref(props);
-            props = plat::properties_new();
-            ASSERT_EQ(render("ntp_peer_cp_0_cp", *rec, ""), 0);
-            EXPECT_EQ(at(names_of(props).at(0)).is_default, value == 0 && variant >= 0);
-        }
-    }
+    for_each_default_case([&](db::Record& rec, const std::string&, bool is_default) {
+        fresh();
+        ASSERT_EQ(render("ntp_peer_cp_0_cp", rec, ""), 0);
+        EXPECT_EQ(at(names_of(props).at(0)).is_default, is_default);
+    });
 }
 
 TEST_F(Props, NameRoomIsTwoHundredFiftySixCharacters) {
@@ -205,16 +141,13 @@ TEST_F(Props, CountedArraysFollowTheCount) {
     EXPECT_TRUE(std::get<plat::ValueList>(empty.v).empty());
 
     db::set_array(*rec, "vlans", {10, 20, 30});
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     ASSERT_EQ(render("vlan_group", *rec, ""), 0);
     EXPECT_EQ(std::get<plat::ValueList>(at("vlans").v).size(), 3u);
 
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_new", 1);
-    EXPECT_EQ(render("vlan_group", *rec, ""), 10002);
-    ASSERT_FALSE(traces.records().empty());
-    EXPECT_EQ(traces.records().back().text, "vlan_group to_properties: gx_do_vlist_new failed");
+    const Failed f = failing("gx_do_vlist_new", 1, [&] { return render("vlan_group", *rec, ""); });
+    EXPECT_EQ(f.result, 10002);
+    EXPECT_EQ(f.traces.back(), "vlan_group to_properties: gx_do_vlist_new failed");
     EXPECT_EQ(plat::live_objects().vlist, 0);
 }
 
@@ -226,8 +159,7 @@ TEST_F(Props, ExtensionBelowTheVariantIsRenderedAsNull) {
     EXPECT_EQ(std::get<std::string>(at("ci_ip_helpaddr_vrf_name").v), "red");
 
     db::set_variant(*rec, 0);
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     plat::TraceCapture traces;
     ASSERT_EQ(render("ci_ip_helpaddr_eol", *rec, ""), 0);
     EXPECT_TRUE(is_null(at("ci_ip_helpaddr_vrf_name")));
@@ -238,15 +170,13 @@ TEST_F(Props, ExtensionBelowTheVariantIsRenderedAsNull) {
 
 TEST_F(Props, FailingSetInANestedRecordTracesEveryLevel) {
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_properties_set_value", 2);   // the nested int32
-    EXPECT_NE(render("ntp_maxdist_eol", *rec, ""), 0);
-    std::vector<std::string> texts;
-    for (const auto& r : traces.records()) texts.push_back(r.text);
-    ASSERT_GE(texts.size(), 2u);
-    EXPECT_EQ(texts[texts.size() - 2],
+    // the nested int32
+    const Failed f = failing("gx_do_properties_set_value", 2, [&] { return render("ntp_maxdist_eol", *rec, ""); });
+    EXPECT_NE(f.result, 0);
+    ASSERT_GE(f.traces.size(), 2u);
+    EXPECT_EQ(f.traces[f.traces.size() - 2],
               "ntp_maxdistance_cp to_properties: int32_to_properties failed for ntp_maxdistance_cp_ntp_mdist_value_1");
-    EXPECT_EQ(texts.back(),
+    EXPECT_EQ(f.traces.back(),
               "ntp_maxdist_eol to_properties: ntp_maxdistance_cp_to_properties failed for ntp_maxdist_eol_compound_0");
 }
 
@@ -259,14 +189,11 @@ TEST_F(Props, NegativeVariantAborts) {
 TEST_F(Props, FailingNullOfAnUnselectedArmIsPassedUpWithBothTraces) {
     db::RecordPtr rec = db::make_record("ntp_peer_cp");
     db::set_int(*rec, "descriminator", 2);
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_properties_set_null", 1);
-    EXPECT_NE(render("ntp_peer_cp", *rec, ""), 0);
-    std::vector<std::string> texts;
-    for (const auto& r : traces.records()) texts.push_back(r.text);
-    ASSERT_EQ(texts.size(), 2u);
-    EXPECT_EQ(texts[0], "ntp_peer_cp_0_cp to_properties: int32_set_null_properties failed for ntp_peer_cp_0_cp");
-    EXPECT_EQ(texts[1], "ntp_peer_cp to_null_properties: ntp_peer_cp_0_cp_to_null_properties failed for ntp_peer_cp");
+    const Failed f = failing("gx_do_properties_set_null", 1, [&] { return render("ntp_peer_cp", *rec, ""); });
+    EXPECT_NE(f.result, 0);
+    EXPECT_EQ(f.traces, (std::vector<std::string>{
+                            "ntp_peer_cp_0_cp to_properties: int32_set_null_properties failed for ntp_peer_cp_0_cp",
+                            "ntp_peer_cp to_null_properties: ntp_peer_cp_0_cp_to_null_properties failed for ntp_peer_cp"}));
     // The discriminator went out before the arm failed; nothing of arm 2 did.
     EXPECT_EQ(names_of(props), (std::vector<std::string>{"descriminator"}));
 }
@@ -283,8 +210,7 @@ TEST_F(Props, ArrayStateFlagNullsTheWholeArrayWithoutReadingElements) {
 
     db::set_state(*rec, "vlans", 2);
     db::set_element_state(*rec, "vlans", 1, 0);
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     ASSERT_EQ(render("vlan_group", *rec, "", 1), 0);
     const auto& elements = std::get<plat::ValueList>(at("vlans").v);
     ASSERT_EQ(elements.size(), 2u);
@@ -346,8 +272,7 @@ TEST_F(Props, SequencesAreArraysOfNameValueLists) {
     for (int n : {0, 3}) {
         SCOPED_TRACE(n);
         db::RecordPtr head = timer_head(n);
-        plat::properties_deref(props);
-        props = plat::properties_new();
+        fresh();
         ASSERT_EQ(render("ack_timer_head", *head, "t."), 0);
         EXPECT_EQ(names_of(props), (std::vector<std::string>{"t.layerl"}));
         const auto& elements = std::get<plat::ValueList>(at("t.layerl").v);   // empty: an array, not a null
@@ -364,8 +289,7 @@ TEST_F(Props, SequencesAreArraysOfNameValueLists) {
     // om_node: two sequences of om_node_oid, one of them empty.
     db::RecordPtr node = db::make_record("om_node");
     for (int cid : {4, 5, 6}) db::set_int(db::append(*node, "cl"), "cid", cid);
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     ASSERT_EQ(render("om_node", *node, ""), 0);
     EXPECT_EQ(names_of(props), (std::vector<std::string>{"obj_type", "context", "attr_flag", "cl", "pl"}));
     const auto& cl = std::get<plat::ValueList>(at("cl").v);
@@ -407,23 +331,19 @@ TEST_F(Props, SequenceFailures) {
         SCOPED_TRACE(c.trace);
         db::RecordPtr head = timer_head(2);
         if (c.with_state) db::set_state(*head, "layerl", 0);
-        plat::properties_deref(props);
-        props = plat::properties_new();
-        plat::TraceCapture traces;
-        plat::fault_fail_nth(c.point, c.nth);
-        EXPECT_EQ(render("ack_timer_head", *head, "", c.with_state), c.status);
-        ASSERT_FALSE(traces.records().empty());
-        EXPECT_EQ(traces.records().back().text, c.trace);
-        EXPECT_EQ(traces.records().back().level, k_error_level);
+        fresh();
+        const Failed f = failing(c.point, c.nth, [&] { return render("ack_timer_head", *head, "", c.with_state); });
+        EXPECT_EQ(f.result, c.status);
+        ASSERT_FALSE(f.traces.empty());
+        EXPECT_EQ(f.traces.back(), c.trace);
+        EXPECT_EQ(f.level, k_error_level);
         EXPECT_TRUE(names_of(props).empty());
         EXPECT_EQ(plat::live_objects().total(), 1);   // every list released; the properties object stays
         EXPECT_EQ(err, 0u);
-        plat::fault_clear_all();
     }
     // An accessor failing ends the walk quietly: the elements so far are set, the answer is 0.
     db::RecordPtr head = timer_head(3);
-    plat::properties_deref(props);
-    props = plat::properties_new();
+    fresh();
     plat::fault_fail_nth("accessor", 7);   // first, four leaves and a nested one, then next
     EXPECT_EQ(render("ack_timer_head", *head, "", 0), 0);
     EXPECT_NE(err, 0u);
@@ -435,7 +355,7 @@ TEST_F(Props, ElementListsOutOfStepAbort) {
     db::RecordPtr head = timer_head(2);
     EXPECT_DEATH(
         {
-            plat::trace_set_sink([](const plat::TraceRecord& r) { std::fprintf(stderr, "%s\n", r.text.c_str()); });
+            fatal_traces_to_stderr();
             plat::fault_fail_nth("gx_do_vlist_add_all", 1);
             render("ack_timer_head", *head, "");
         },
@@ -443,14 +363,11 @@ TEST_F(Props, ElementListsOutOfStepAbort) {
 }
 
 TEST_F(Props, DefaultRecordsRenderByTypeWithAllTheirElements) {
-    zan::config::LoadResult cfg = zan::config::load_default();
-    ASSERT_TRUE(cfg) << cfg.error;
     for (const char* type : {"om_node", "layer_head", "ack_timer_head"}) {
         SCOPED_TRACE(type);
-        ASSERT_FALSE(cfg.store->records(type).empty());
-        for (db::Record* rec : cfg.store->records(type)) {
-            plat::properties_deref(props);
-            props = plat::properties_new();
+        ASSERT_FALSE(default_store().records(type).empty());
+        for (db::Record* rec : default_store().records(type)) {
+            fresh();
             ASSERT_EQ(render(type, *rec, ""), 0);
             for (const db::FieldInfo& f : db::type_info(type)->fields) {
                 if (f.kind != db::FieldKind::sequence) continue;

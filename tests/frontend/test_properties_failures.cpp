@@ -15,32 +15,9 @@ namespace plat = zan::plat;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
 using null_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_properties*, uint32_t*);
 
-std::vector<std::string> texts(const plat::TraceCapture& traces) {
-    std::vector<std::string> out;
-    for (const auto& r : traces.records()) out.push_back(r.text);
-    return out;
-}
-
-class PropsFail : public ::testing::Test {
-protected:
-    gx_do_properties* props = plat::properties_new();
-    uint32_t err = 0;
-    void TearDown() override {
-        plat::properties_deref(props);
-        plat::fault_clear_all();
-        EXPECT_EQ(plat::live_objects().vlist, 0) << "a list was not released";
-    }
-    void fresh() {
-        plat::properties_deref(props);
-        props = plat::properties_new();
-    }
-    int32_t render(const std::string& type, const db::Record& rec, const char* prefix = "", int32_t state = 0) {
-        return type_row(type)(nullptr, 0, prefix, props, &rec, state, &err);
-    }
-};
+class PropsFail : public PropsTest {};
 
 }  // namespace
 
@@ -78,20 +55,16 @@ TEST_F(PropsFail, LeafConversionFailuresByLeafWord) {
         const auto at = std::find(names.begin(), names.end(), c.attribute);
         ASSERT_NE(at, names.end());
         fresh();
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_properties_set_value", long(at - names.begin()) + 1);
-        EXPECT_EQ(render(c.type, *rec), -1);
+        const Failed f = failing("gx_do_properties_set_value", long(at - names.begin()) + 1,
+                                 [&] { return render(c.type, *rec); });
+        EXPECT_EQ(f.result, -1);
         EXPECT_EQ(err, 0u);
         // what went out before the failure stays
         EXPECT_EQ(names_of(props), std::vector<std::string>(names.begin(), at));
-        if (*c.trace == 0) {
-            EXPECT_TRUE(traces.records().empty());
-        } else {
-            ASSERT_EQ(traces.records().size(), 1u);
-            EXPECT_EQ(traces.records()[0].text, c.trace);
-            EXPECT_EQ(traces.records()[0].level, k_error_level);
+        EXPECT_EQ(f.traces, *c.trace ? std::vector<std::string>{c.trace} : std::vector<std::string>{});
+        if (*c.trace) {
+            EXPECT_EQ(f.level, k_error_level);
         }
-        plat::fault_clear_all();
     }
 }
 
@@ -100,31 +73,29 @@ TEST_F(PropsFail, DiscriminatorWithoutANameFailsTheUnion) {
     db::set_int(*rec, "descriminator", 23);   // ZAN_CFG_21 is the last name
     plat::TraceCapture traces;
     EXPECT_EQ(render("ntp_peer_cp", *rec), 3);
-    EXPECT_EQ(texts(traces),
-              std::vector<std::string>{"ntp_peer_cp to_properties: zan_cfg_union_to_properties failed for ntp_peer_cp_descriminator"});
     EXPECT_TRUE(names_of(props).empty());
+    // Behind a prefix the same.
+    EXPECT_EQ(render("ntp_peer_cp", *rec, "compound_0.peer_or_server."), 3);
+    const std::string want = "ntp_peer_cp to_properties: zan_cfg_union_to_properties failed for ntp_peer_cp_descriminator";
+    EXPECT_EQ(texts(traces), (std::vector<std::string>{want, want}));
+    EXPECT_EQ(traces.records().at(1).level, k_error_level);
 }
 
 // Fixed arrays fail with 3 where counted ones give 10002; the list is released on every path.
 TEST_F(PropsFail, FixedArrayFailures) {
     db::RecordPtr rec = db::make_record("en_address");
-    {
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_new", 1);
-        EXPECT_EQ(render("en_address", *rec), 3);
-        EXPECT_EQ(texts(traces), std::vector<std::string>{"en_address to_properties: gx_do_vlist_new failed"});
-    }
-    {
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_vlist_add_value", 3);
-        EXPECT_EQ(render("en_address", *rec), 3);
-        EXPECT_EQ(texts(traces), std::vector<std::string>{"en_address to_properties: u_int8_to_vlist failed for en_address_addr"});
-    }
-    {
-        plat::TraceCapture traces;
-        plat::fault_fail_nth("gx_do_properties_set_array", 1);
-        EXPECT_EQ(render("en_address", *rec), -1);
-        EXPECT_EQ(texts(traces), std::vector<std::string>{"en_address to_properties: gx_do_properties_set_array failed"});
+    struct Case {
+        const char* point;
+        long nth;
+        int32_t status;
+        std::string trace;
+    };
+    for (const Case& c : {Case{"gx_do_vlist_new", 1, 3, "en_address to_properties: gx_do_vlist_new failed"},
+                          Case{"gx_do_vlist_add_value", 3, 3, "en_address to_properties: u_int8_to_vlist failed for en_address_addr"},
+                          Case{"gx_do_properties_set_array", 1, -1, "en_address to_properties: gx_do_properties_set_array failed"}}) {
+        const Failed f = failing(c.point, c.nth, [&] { return render("en_address", *rec); });
+        EXPECT_EQ(f.result, c.status);
+        EXPECT_EQ(f.traces, std::vector<std::string>{c.trace});
     }
     EXPECT_TRUE(names_of(props).empty());
     EXPECT_EQ(err, 0u);

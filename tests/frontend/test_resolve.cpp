@@ -295,6 +295,47 @@ TEST_F(Resolve, StarAsFirstKeyNameListsTheKeyNameAndKeepsThePathStep) {
     EXPECT_EQ(run({{"ntp_peer_server", Keys{{"*", ""}}}}, 0, false, true), 3);
 }
 
+// ------------------------------------------------------------------ the top dispatcher alone
+
+TEST_F(Resolve, TopDispatcherOffersSegmentOneAndReportsNoValidPath) {
+    zan::plat::TraceCapture cap;
+    EXPECT_EQ(run({bare("no_such_table")}), 3);
+    const auto recs = cap.records();
+    ASSERT_EQ(recs.size(), 3u);
+    EXPECT_EQ(recs[0].unit, "path and query traversal");
+    EXPECT_EQ(recs[0].level, 0x7000000u);
+    EXPECT_EQ(recs[0].text, " Processing seg 1\\n");
+    // A one-segment path with both lists entitles the root tables to list candidates: the
+    // ROOT dispatcher takes the marker out again.
+    EXPECT_EQ(recs[1].text, "  PDC stored table match ROOT");
+    EXPECT_EQ(recs[2].unit, "path and query traversal");
+    EXPECT_EQ(recs[2].level, 0x6000000u);
+    EXPECT_EQ(recs[2].text, " zan_config_db zan_config_db_context path_query_dispatch : No valid path found\\n");
+    EXPECT_TRUE(pdc_names().empty());
+    EXPECT_TRUE(pd_names().empty());
+    EXPECT_TRUE(travs().empty());
+    EXPECT_EQ(slot, nullptr);
+}
+
+TEST_F(Resolve, TopDispatcherLeavesNoRootMarkerWithMoreSegments) {
+    // (Without one of the two lists: StarListsTheRootSegmentsOnlyAtTheFirstLevelInChainOrder.)
+    zan::plat::TraceCapture cap;
+    EXPECT_EQ(run({bare("no_such_table"), bare("vrf_afi")}), 3);
+    EXPECT_TRUE(pdc_names().empty());
+    // The walk ends at the first segment nobody takes.
+    ASSERT_EQ(cap.records().size(), 2u);
+    EXPECT_EQ(cap.records()[0].text, " Processing seg 1\\n");
+}
+
+TEST_F(Resolve, TopDispatcherOffersSegmentOneWhateverTheCountSays) {
+    zan::plat::TraceCapture cap;
+    EXPECT_EQ(run({}), 3);   // only segment 0
+    ASSERT_FALSE(cap.records().empty());
+    EXPECT_EQ(cap.records()[0].text, " Processing seg 1\\n");
+    ASSERT_GE(cap.records().size(), 2u);
+    EXPECT_EQ(cap.records()[1].text, "  PDC stored table match ROOT");
+}
+
 // ------------------------------------------------------------------ traces of a success
 
 TEST_F(Resolve, ASuccessTracesEachStepAtProgressLevel) {

@@ -18,12 +18,6 @@ namespace {
 
 constexpr uint32_t k_site_base = 409074688;   // the name copy of the first table's to_vlist
 
-const db::Store& default_store() {
-    static const auto loaded = zan::config::load_default();
-    if (!loaded.store) throw std::runtime_error(loaded.error);
-    return *loaded.store;
-}
-
 const db::Row* first_row(const std::string& table) { return default_store().rows(*db::table_info(table)).front(); }
 
 using vlist_all_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, gx_do_uri*, const void*, gx_do_vlist*, int32_t, uint32_t*);

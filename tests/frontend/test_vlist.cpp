@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -20,8 +21,6 @@ namespace plat = zan::plat;
 
 namespace {
 
-constexpr uint32_t k_error_level = 0x3000000;
-constexpr uint32_t k_debug_level = 0x7000000;
 
 using null_vlist_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, gx_do_vlist*, uint32_t*);
 using select_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, char**, const void*, gx_do_vlist*, int32_t,
@@ -37,7 +36,6 @@ zan_type_to_vlist_all_fn vlist_row(const std::string& type) {
     return nullptr;
 }
 
-bool is_null(const plat::Value& v) { return std::holds_alternative<plat::Null>(v.v); }
 
 // Leaf attribute names of a record, dotted as selectors read them, in declaration order
 // (extension attributes last), and the path the store sets them by.
@@ -114,23 +112,12 @@ protected:
     int32_t null_run(const std::string& type) {
         return internal_fn<null_vlist_fn>(type + "_to_null_vlist")(nullptr, 0, list, &err);
     }
+    // harness's failing() on a fresh list.
+    Failed failing(const char* point, long nth, const std::function<int32_t()>& call) {
+        fresh();
+        return fe_test::failing(point, nth, call);
+    }
 };
-
-std::vector<std::string> texts(const plat::TraceCapture& traces) {
-    std::vector<std::string> out;
-    for (const auto& r : traces.records()) out.push_back(r.text);
-    return out;
-}
-
-const db::Store& default_store() {
-    static const db::Store* s = [] {
-        library();
-        auto loaded = zan::config::load_default();
-        if (!loaded) throw std::runtime_error(loaded.error);
-        return loaded.store.release();
-    }();
-    return *s;
-}
 
 }  // namespace
 
@@ -216,20 +203,14 @@ TEST_F(Vlist, EveryRecordTypeAndItsNullRunGiveOneValuePerColumn) {
         fresh();
         ASSERT_GE(all(r.name, rec.get()), 0);
         EXPECT_EQ(values().size(), r.columns);
-        if (internal(r.name + "_to_null_vlist") == nullptr) continue;
+        ASSERT_EQ(internal(r.name + "_to_null_vlist") != nullptr, arm_types().count(r.name) == 1);
+        if (arm_types().count(r.name) == 0) continue;
         ++nulls;
         fresh();
         ASSERT_GE(null_run(r.name), 0);
         const plat::ValueList v = values();
         EXPECT_EQ(v.size(), r.columns);
         for (const plat::Value& x : v) EXPECT_TRUE(is_null(x));
-    }
-    // Every arm type of every union has one.
-    for (const RecordRow& r : expect().records) {
-        for (const db::FieldInfo& f : db::type_info(r.name)->fields)
-            if (f.arm != 0) {
-                EXPECT_NE(internal(std::string(f.type) + "_to_null_vlist"), nullptr) << f.type;
-            }
     }
     EXPECT_GT(nulls, 0u);
 }
@@ -268,14 +249,11 @@ TEST_F(Vlist, TypeVectorRowsPointAtTheirFamily) {
 // ---------------------------------------------------------------- unions and state
 
 TEST_F(Vlist, UnionDeliversItsSelectedArmAndNullsTheOthers) {
-    for (uint32_t value : {0u, 1u, 2u, 3u, 22u}) {
-        SCOPED_TRACE(value);
-        db::RecordPtr rec = db::make_record("ntp_peer_cp");
-        db::set_int(*rec, "descriminator", value);
-        db::set_int(*rec, "compound_66.ntp_peer", 5);
-        db::set_int(*rec, "compound_67.ntp_server", 7);
+    for_each_discriminator([&](db::Record& rec, uint32_t value) {
+        db::set_int(rec, "compound_66.ntp_peer", 5);
+        db::set_int(rec, "compound_67.ntp_server", 7);
         fresh();
-        ASSERT_GT(all("ntp_peer_cp", rec.get()), 0);
+        ASSERT_GT(all("ntp_peer_cp", &rec), 0);
         const plat::ValueList v = values();
         ASSERT_EQ(v.size(), 3u);
         EXPECT_EQ(std::get<plat::EnumText>(v[0].v).text, value == 0 ? "ZAN_CFG_NONE" : "ZAN_CFG_" + std::to_string(value - 1));
@@ -288,7 +266,7 @@ TEST_F(Vlist, UnionDeliversItsSelectedArmAndNullsTheOthers) {
         // the rest of the name says.
         for (const char* name : {"compound_66.ntp_peer", "compound_67.ntp_server", "compound_66.nonsense"}) {
             fresh();
-            const int32_t r = select("ntp_peer_cp", rec.get(), name);
+            const int32_t r = select("ntp_peer_cp", &rec, name);
             const bool selected = (value == 1 && std::strncmp(name, "compound_66", 11) == 0) ||
                                   (value == 2 && std::strncmp(name, "compound_67", 11) == 0);
             if (selected && std::strstr(name, "nonsense")) {
@@ -300,7 +278,7 @@ TEST_F(Vlist, UnionDeliversItsSelectedArmAndNullsTheOthers) {
             ASSERT_EQ(values().size(), 1u) << name;
             EXPECT_EQ(is_null(values()[0]), !selected) << name;
         }
-    }
+    });
     // A discriminator without a name: the union fails in its first value, naming the field.
     db::RecordPtr rec = db::make_record("ntp_peer_cp");
     db::set_int(*rec, "descriminator", 23);
@@ -313,25 +291,16 @@ TEST_F(Vlist, UnionDeliversItsSelectedArmAndNullsTheOthers) {
 }
 
 TEST_F(Vlist, StateFlagGivesPresentAndDefaultAndIsReadOnlyWithState) {
-    struct Case {
-        uint8_t flag;
-        bool present, is_default;
-    };
-    for (const Case c : {Case{0, false, false}, Case{1, true, true}, Case{2, true, false}, Case{3, true, true},
-                         Case{4, false, false}}) {
-        SCOPED_TRACE(int(c.flag));
-        db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
-        db::set_int(*rec, "ntp_mdist_value_1", 5);
-        db::set_state(*rec, "ntp_mdist_value_1", c.flag);
+    for_each_state_flag([&](db::Record& rec, bool present, bool is_default) {
         fresh();
-        ASSERT_GT(all("ntp_maxdistance_cp", rec.get(), 1), 0);
+        ASSERT_GT(all("ntp_maxdistance_cp", &rec, 1), 0);
         ASSERT_EQ(values().size(), 1u);
-        EXPECT_EQ(!is_null(values()[0]), c.present);
-        EXPECT_EQ(values()[0].is_default, c.is_default);
+        EXPECT_EQ(!is_null(values()[0]), present);
+        EXPECT_EQ(values()[0].is_default, is_default);
         fresh();
-        ASSERT_GT(select("ntp_maxdistance_cp", rec.get(), "ntp_mdist_value_1", 1), 0);
-        EXPECT_EQ(values().at(0).is_default, c.is_default);
-    }
+        ASSERT_GT(select("ntp_maxdistance_cp", &rec, "ntp_mdist_value_1", 1), 0);
+        EXPECT_EQ(values().at(0).is_default, is_default);
+    });
     // Without state: one accessor call (the value), and a flag of 0 changes nothing.
     db::RecordPtr rec = db::make_record("ntp_maxdistance_cp");
     db::set_state(*rec, "ntp_mdist_value_1", 0);
@@ -343,21 +312,14 @@ TEST_F(Vlist, StateFlagGivesPresentAndDefaultAndIsReadOnlyWithState) {
 }
 
 TEST_F(Vlist, DefaultComparisonNeedsANonNegativeDefaultVariant) {
-    for (int64_t value : {0, 1}) {
-        for (int32_t variant : {0, -1}) {
-            SCOPED_TRACE(std::to_string(value) + "/" + std::to_string(variant));
-            db::set_default_variant(nullptr, variant);
-            db::RecordPtr rec = db::make_record("ntp_peer_cp_0_cp");
-            const std::string leaf(db::type_info("ntp_peer_cp_0_cp")->fields.at(0).name);
-            db::set_int(*rec, leaf, value);
-            fresh();
-            ASSERT_GT(all("ntp_peer_cp_0_cp", rec.get()), 0);
-            EXPECT_EQ(values().at(0).is_default, value == 0 && variant >= 0);
-            fresh();
-            ASSERT_GT(select("ntp_peer_cp_0_cp", rec.get(), leaf), 0);
-            EXPECT_EQ(values().at(0).is_default, value == 0 && variant >= 0);
-        }
-    }
+    for_each_default_case([&](db::Record& rec, const std::string& leaf, bool is_default) {
+        fresh();
+        ASSERT_GT(all("ntp_peer_cp_0_cp", &rec), 0);
+        EXPECT_EQ(values().at(0).is_default, is_default);
+        fresh();
+        ASSERT_GT(select("ntp_peer_cp_0_cp", &rec, leaf), 0);
+        EXPECT_EQ(values().at(0).is_default, is_default);
+    });
 }
 
 TEST_F(Vlist, ErrorWordSetMidRecordLeavesOutLeavesAndFailsEveryNestedLevel) {
@@ -365,23 +327,20 @@ TEST_F(Vlist, ErrorWordSetMidRecordLeavesOutLeavesAndFailsEveryNestedLevel) {
     // of the leaf's value sets the word; its conversion then adds nothing and refuses, which
     // fails the record at that leaf.
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("accessor", 1);
-    EXPECT_EQ(all("ntp_maxdist_eol", rec.get()), -1);
+    Failed f = failing("accessor", 1, [&] { return all("ntp_maxdist_eol", rec.get()); });
+    EXPECT_EQ(f.result, -1);
     EXPECT_EQ(err, 5u);
     EXPECT_TRUE(values().empty());
-    EXPECT_EQ(texts(traces), std::vector<std::string>{"ntp_maxdist_eol to_vlist_all u_int32_to_vlist "
-                                                      "for ntp_maxdist_eol_singleton_id failed"});
+    EXPECT_EQ(f.traces, std::vector<std::string>{"ntp_maxdist_eol to_vlist_all u_int32_to_vlist "
+                                                 "for ntp_maxdist_eol_singleton_id failed"});
     db::RecordPtr two = db::make_record("rsl_binidx");   // val, seq_num: two u_int32 leaves
     fresh();
     ASSERT_EQ(all("rsl_binidx", two.get()), 2);
-    fresh();
-    traces.clear();
-    plat::fault_fail_nth("accessor", 2);   // seq_num's value: val stands, seq_num fails
-    EXPECT_EQ(all("rsl_binidx", two.get()), -1);
+    // seq_num's value: val stands, seq_num fails
+    f = failing("accessor", 2, [&] { return all("rsl_binidx", two.get()); });
+    EXPECT_EQ(f.result, -1);
     EXPECT_EQ(values().size(), 1u);
-    EXPECT_EQ(texts(traces), std::vector<std::string>{"rsl_binidx to_vlist_all u_int32_to_vlist "
-                                                      "for rsl_binidx_seq_num failed"});
+    EXPECT_EQ(f.traces, std::vector<std::string>{"rsl_binidx to_vlist_all u_int32_to_vlist for rsl_binidx_seq_num failed"});
     // In a union the discriminator is left out and the unselected arms too, with no null run
     // and no trace; the selected arm is still called, answers -1 and is traced.
     // The word is set by the first arm's read of the discriminator, the next to last accessor
@@ -391,20 +350,17 @@ TEST_F(Vlist, ErrorWordSetMidRecordLeavesOutLeavesAndFailsEveryNestedLevel) {
     const long before = plat::fault_calls("accessor");
     ASSERT_GT(all("ntp_peer_cp", u.get()), 0);
     const long first_arm = plat::fault_calls("accessor") - before - 1;
-    fresh();
-    traces.clear();
-    plat::fault_fail_nth("accessor", first_arm);
-    EXPECT_EQ(all("ntp_peer_cp", u.get()), 1);
+    f = failing("accessor", first_arm, [&] { return all("ntp_peer_cp", u.get()); });
+    EXPECT_EQ(f.result, 1);
     EXPECT_EQ(values().size(), 1u);
-    EXPECT_TRUE(traces.records().empty());
+    EXPECT_TRUE(f.traces.empty());
     db::set_int(*u, "descriminator", 2);
     const std::string arm(db::type_info("ntp_peer_cp")->field("compound_67")->type);
-    fresh();
-    plat::fault_fail_nth("accessor", first_arm);
-    EXPECT_EQ(all("ntp_peer_cp", u.get()), -1);
+    f = failing("accessor", first_arm, [&] { return all("ntp_peer_cp", u.get()); });
+    EXPECT_EQ(f.result, -1);
     EXPECT_EQ(values().size(), 1u);
-    EXPECT_EQ(texts(traces), std::vector<std::string>{"ntp_peer_cp to_vlist_all " + arm +
-                                                      "_to_vlist ntp_peer_cp_compound_67 failed"});
+    EXPECT_EQ(f.traces, std::vector<std::string>{"ntp_peer_cp to_vlist_all " + arm +
+                                                 "_to_vlist ntp_peer_cp_compound_67 failed"});
     // A set word between tokens: the next selector refuses.
     fresh();
     err = 5;
@@ -429,9 +385,7 @@ TEST_F(Vlist, NegativeVariantWritesTheFatalTraceFirst) {
     db::set_variant(*rec, -3);
     EXPECT_DEATH(
         {
-            plat::trace_set_sink([](const plat::TraceRecord& r) {
-                if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
-            });
+            fatal_traces_to_stderr();
             all("ntp_maxdist_eol", rec.get());
         },
         "\\[ntp_maxdist_eol Received variant -3 < base version 0\\]");
@@ -482,13 +436,10 @@ TEST_F(Vlist, ExtensionsAboveTheVariantComeAsNulls) {
     }
     // The null of the extension fails: its debug trace with the number, which is returned.
     db::set_variant(*rec, 0);
-    fresh();
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-    EXPECT_LT(all("ci_ip_helpaddr_eol", rec.get()), 0);
-    EXPECT_EQ(traces.records().back().text,
-              "ci_ip_helpaddr_eol error(-1) in rendering extension v166_ci_ip_helpaddr_eol_ext");
-    EXPECT_EQ(traces.records().back().level, k_debug_level);
+    const Failed f = failing("gx_do_vlist_add_null", 1, [&] { return all("ci_ip_helpaddr_eol", rec.get()); });
+    EXPECT_LT(f.result, 0);
+    EXPECT_EQ(f.traces.back(), "ci_ip_helpaddr_eol error(-1) in rendering extension v166_ci_ip_helpaddr_eol_ext");
+    EXPECT_EQ(f.level, k_debug_level);
 }
 
 TEST_F(Vlist, ExtensionsWithoutAttributesAddNothingAndEndOnTheErrorWord) {
@@ -508,14 +459,12 @@ TEST_F(Vlist, ExtensionsWithoutAttributesAddNothingAndEndOnTheErrorWord) {
     long before = plat::fault_calls("accessor");
     ASSERT_EQ(all("uidb_act_interface", rec.get()), 0);
     const long last = plat::fault_calls("accessor") - before;
-    fresh();
-    traces.clear();
-    plat::fault_fail_nth("accessor", last);
-    EXPECT_EQ(all("uidb_act_interface", rec.get()), -1);
-    EXPECT_EQ(texts(traces),
+    const Failed f = failing("accessor", last, [&] { return all("uidb_act_interface", rec.get()); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_EQ(f.traces,
               (std::vector<std::string>{"uidb_act_interface version < 1 Rendering extension v166_uidb_act_interface_ext as null..",
                                         "uidb_act_interface error(-1) in rendering extension v166_uidb_act_interface_ext"}));
-    EXPECT_EQ(traces.records().back().level, k_debug_level);
+    EXPECT_EQ(f.level, k_debug_level);
     // om_node_oid reads no variant: always the null branch, its cid's result replaced by 0.
     db::RecordPtr oid = db::make_record("om_node_oid");
     fresh();
@@ -598,51 +547,37 @@ TEST_F(Vlist, CountIsReadAgainAfterEachElement) {
 TEST_F(Vlist, ArrayFailuresTraceAndAnswerNegative) {
     db::RecordPtr rec = db::make_record("vlan_group");
     db::set_array(*rec, "vlans", {1, 2});
+    db::set_state(*rec, "vlans", 2);
     struct Case {
         const char* point;
-        int32_t with_state;
-        std::string all_trace, select_trace;
+        long all_nth;   // an element's value comes after the name's in to_vlist_all
+        std::string all_trace;
+        std::vector<std::string> select_traces;
     };
-    db::set_state(*rec, "vlans", 2);
-    for (const Case& c : {Case{"gx_do_vlist_new", 0, "vlan_group to_vlist_all gx_do_vlist_new failed",
-                               "vlan_group to_vlist gx_do_vlist_new failed"},
-                          Case{"gx_do_vlist_add_array", 0, "vlan_group to_vlist_all gx_do_vlist_add_array failed", ""},
-                          Case{"gx_do_vlist_add_value", 0, "", ""}}) {
+    for (const Case& c :
+         {Case{"gx_do_vlist_new", 1, "vlan_group to_vlist_all gx_do_vlist_new failed",
+               {"vlan_group to_vlist gx_do_vlist_new failed"}},
+          Case{"gx_do_vlist_add_array", 1, "vlan_group to_vlist_all gx_do_vlist_add_array failed", {}},
+          Case{"gx_do_vlist_add_value", 2, "vlan_group to_vlist_all u_int16_to_vlist for vlan_group_vlans failed",
+               {"vlan_group to_vlist u_int16_to_vlist for vlan_group_vlans failed"}}}) {
         SCOPED_TRACE(c.point);
-        fresh();
-        // Element conversion: the first value added to the array (the name's goes first in to_vlist_all).
-        const bool element = std::string(c.point) == "gx_do_vlist_add_value";
-        {
-            plat::TraceCapture traces;
-            plat::fault_fail_nth(c.point, element ? 2 : 1);
-            EXPECT_LT(all("vlan_group", rec.get(), c.with_state), 0);
-            EXPECT_EQ(texts(traces).back(), element ? "vlan_group to_vlist_all u_int16_to_vlist for vlan_group_vlans failed"
-                                                    : c.all_trace);
-            EXPECT_EQ(traces.records().back().level, k_error_level);
-        }
-        fresh();
-        {
-            plat::TraceCapture traces;
-            plat::fault_fail_nth(c.point, 1);
-            EXPECT_LT(select("vlan_group", rec.get(), "vlans", c.with_state), 0);
-            const std::string want = element ? "vlan_group to_vlist u_int16_to_vlist for vlan_group_vlans failed"
-                                             : c.select_trace;
-            EXPECT_EQ(texts(traces), want.empty() ? std::vector<std::string>{} : std::vector<std::string>{want});
-        }
-        plat::fault_clear_all();
+        Failed f = failing(c.point, c.all_nth, [&] { return all("vlan_group", rec.get()); });
+        EXPECT_LT(f.result, 0);
+        EXPECT_EQ(f.traces.back(), c.all_trace);
+        EXPECT_EQ(f.level, k_error_level);
+        f = failing(c.point, 1, [&] { return select("vlan_group", rec.get(), "vlans"); });
+        EXPECT_LT(f.result, 0);
+        EXPECT_EQ(f.traces, c.select_traces);
         EXPECT_EQ(plat::live_objects().vlist, 1);   // only the test's own list is left
     }
-    // The null of an unset array fails.
+    // The null of an unset array fails: traced by to_vlist_all only.
     db::set_state(*rec, "vlans", 0);
-    fresh();
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-    EXPECT_LT(all("vlan_group", rec.get(), 1), 0);
-    EXPECT_EQ(texts(traces).back(), "vlan_group to_vlist_all failed for vlan_group_vlans");
-    traces.clear();
-    plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-    EXPECT_LT(select("vlan_group", rec.get(), "vlans", 1), 0);
-    EXPECT_TRUE(traces.records().empty());
+    Failed f = failing("gx_do_vlist_add_null", 1, [&] { return all("vlan_group", rec.get(), 1); });
+    EXPECT_LT(f.result, 0);
+    EXPECT_EQ(f.traces.back(), "vlan_group to_vlist_all failed for vlan_group_vlans");
+    f = failing("gx_do_vlist_add_null", 1, [&] { return select("vlan_group", rec.get(), "vlans", 1); });
+    EXPECT_LT(f.result, 0);
+    EXPECT_TRUE(f.traces.empty());
 }
 
 // ---------------------------------------------------------------- sequences
@@ -685,30 +620,19 @@ TEST_F(Vlist, SequenceFailuresTraceAndAnswerMinusOne) {
         SCOPED_TRACE(std::string(c.point) + " " + std::to_string(c.nth));
         fresh();
         const long objects = plat::live_objects().total();
-        {
-            plat::TraceCapture traces;
-            plat::fault_fail_nth(c.point, c.nth);
-            EXPECT_EQ(all("layer_head", node.get()), -1);
-            EXPECT_EQ(texts(traces).back(), c.all_trace);
-            EXPECT_EQ(traces.records().back().level, k_error_level);
-        }
-        plat::fault_clear_all();
-        fresh();
-        {
-            plat::TraceCapture traces;
-            plat::fault_fail_nth(c.point, c.nth);
-            EXPECT_EQ(select("layer_head", node.get(), "dwnld_marker"), -1);
-            EXPECT_EQ(texts(traces), std::vector<std::string>{c.select_trace});
-        }
-        plat::fault_clear_all();
+        Failed f = failing(c.point, c.nth, [&] { return all("layer_head", node.get()); });
+        EXPECT_EQ(f.result, -1);
+        EXPECT_EQ(f.traces.back(), c.all_trace);
+        EXPECT_EQ(f.level, k_error_level);
+        f = failing(c.point, c.nth, [&] { return select("layer_head", node.get(), "dwnld_marker"); });
+        EXPECT_EQ(f.result, -1);
+        EXPECT_EQ(f.traces, std::vector<std::string>{c.select_trace});
         EXPECT_EQ(plat::live_objects().total(), objects);   // what was made is released
     }
     db::set_state(*node, "layerl", 0);
-    fresh();
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-    EXPECT_EQ(select("layer_head", node.get(), "layerl", 1), -1);
-    EXPECT_EQ(texts(traces), std::vector<std::string>{"layer_head to_vlist: gx_do_vlist_add_null failed for layer_head_layerl"});
+    const Failed f = failing("gx_do_vlist_add_null", 1, [&] { return select("layer_head", node.get(), "layerl", 1); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_EQ(f.traces, std::vector<std::string>{"layer_head to_vlist: gx_do_vlist_add_null failed for layer_head_layerl"});
 }
 
 TEST_F(Vlist, SequenceElementsArePairedNameValueLists) {
@@ -732,16 +656,12 @@ TEST_F(Vlist, SequenceElementsArePairedNameValueLists) {
     EXPECT_EQ(select("om_node", node.get(), "cl"), 0);
     EXPECT_EQ(std::get<plat::ValueList>(values().at(0).v).size(), 2u);
     // No nvlist for an element.
-    fresh();
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_nvlist_new", 1);
-    EXPECT_EQ(all("om_node", node.get()), -1);
-    EXPECT_EQ(texts(traces).back(), "om_node to_vlist_all: gx_do_nvlist_new failed");
-    fresh();
-    traces.clear();
-    plat::fault_fail_nth("gx_do_nvlist_new", 1);
-    EXPECT_EQ(select("om_node", node.get(), "cl"), -1);
-    EXPECT_EQ(texts(traces).back(), "om_node to_vlist: gx_do_nvlist_new failed");
+    Failed f = failing("gx_do_nvlist_new", 1, [&] { return all("om_node", node.get()); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_EQ(f.traces.back(), "om_node to_vlist_all: gx_do_nvlist_new failed");
+    f = failing("gx_do_nvlist_new", 1, [&] { return select("om_node", node.get(), "cl"); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_EQ(f.traces.back(), "om_node to_vlist: gx_do_nvlist_new failed");
 }
 
 TEST_F(Vlist, SequenceElementFailureAndUnsetSequenceNull) {
@@ -753,25 +673,20 @@ TEST_F(Vlist, SequenceElementFailureAndUnsetSequenceNull) {
     const long ahead = plat::fault_calls("gx_do_vlist_add_value") - before;
     db::set_int(db::append(*node, "cl"), "cid", 3);
     fresh();
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_add_value", ahead + 1);
     const long objects = plat::live_objects().total();
-    EXPECT_LT(all("om_node", node.get()), 0);
-    EXPECT_EQ(texts(traces).back(), "om_node to_vlist_all: om_node_oidto_nlist_vlist_all failed for om_node_cl");
+    Failed f = failing("gx_do_vlist_add_value", ahead + 1, [&] { return all("om_node", node.get()); });
+    EXPECT_LT(f.result, 0);
+    EXPECT_EQ(f.traces.back(), "om_node to_vlist_all: om_node_oidto_nlist_vlist_all failed for om_node_cl");
     EXPECT_EQ(plat::live_objects().total(), objects);
-    fresh();
-    traces.clear();
-    plat::fault_fail_nth("gx_do_vlist_add_value", 1);
-    EXPECT_LT(select("om_node", node.get(), "cl"), 0);
-    EXPECT_EQ(texts(traces).back(), "om_node to_vlist: om_node_oidto_nlist_vlist_all failed for om_node_cl");
+    f = failing("gx_do_vlist_add_value", 1, [&] { return select("om_node", node.get(), "cl"); });
+    EXPECT_LT(f.result, 0);
+    EXPECT_EQ(f.traces.back(), "om_node to_vlist: om_node_oidto_nlist_vlist_all failed for om_node_cl");
     // An unset sequence whose null fails.
     db::set_state(*node, "pl", 0);
-    fresh();
-    traces.clear();
-    plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-    EXPECT_EQ(all("om_node", node.get(), 1), -1);
-    EXPECT_EQ(texts(traces).back(), "om_node to_vlist_all: gx_do_vlist_add_null failed for om_node_pl");
-    EXPECT_EQ(traces.records().back().level, k_error_level);
+    f = failing("gx_do_vlist_add_null", 1, [&] { return all("om_node", node.get(), 1); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_EQ(f.traces.back(), "om_node to_vlist_all: gx_do_vlist_add_null failed for om_node_pl");
+    EXPECT_EQ(f.level, k_error_level);
 }
 
 TEST_F(Vlist, SequenceElementWithListsOutOfStepAborts) {
@@ -779,24 +694,15 @@ TEST_F(Vlist, SequenceElementWithListsOutOfStepAborts) {
     // takes nothing leaves the element's names and values of unequal length.
     db::RecordPtr head = db::make_record("ack_timer_head");
     db::append(*head, "layerl");
-    EXPECT_DEATH(
-        {
-            plat::trace_set_sink([](const plat::TraceRecord& r) {
-                if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
-            });
-            plat::fault_fail_nth("gx_do_vlist_add_all", 1);
-            all("ack_timer_head", head.get());
-        },
-        "\\[ack_timer_head to_ nlist_vlist_all rendering error layerl [0-9]+ [0-9]+\\]");
-    EXPECT_DEATH(
-        {
-            plat::trace_set_sink([](const plat::TraceRecord& r) {
-                if (r.level == 0) std::fprintf(stderr, "[%s]\n", r.text.c_str());
-            });
-            plat::fault_fail_nth("gx_do_vlist_add_all", 1);
-            select("ack_timer_head", head.get(), "layerl");
-        },
-        "\\[ack_timer_head to_ nlist_vlist_all rendering error layerl [0-9]+ [0-9]+\\]");
+    for (bool whole : {true, false}) {
+        EXPECT_DEATH(
+            {
+                fatal_traces_to_stderr();
+                plat::fault_fail_nth("gx_do_vlist_add_all", 1);
+                whole ? all("ack_timer_head", head.get()) : select("ack_timer_head", head.get(), "layerl");
+            },
+            "\\[ack_timer_head to_ nlist_vlist_all rendering error layerl [0-9]+ [0-9]+\\]");
+    }
 }
 
 // ---------------------------------------------------------------- selectors
@@ -847,18 +753,17 @@ TEST_F(Vlist, SelectorRefusesBadCalls) {
 
 TEST_F(Vlist, SelectorTracesNothingForALeafFailure) {
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_add_value", 1);
-    EXPECT_EQ(select("ntp_maxdist_eol", rec.get(), "compound_0.ntp_mdist_value_1"), -1);
-    EXPECT_TRUE(traces.records().empty());
-    plat::fault_fail_nth("gx_do_vlist_add_value", 1);
-    EXPECT_EQ(all("ntp_maxdist_eol", rec.get()), -1);
-    EXPECT_EQ(texts(traces),
+    Failed f = failing("gx_do_vlist_add_value", 1,
+                       [&] { return select("ntp_maxdist_eol", rec.get(), "compound_0.ntp_mdist_value_1"); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_TRUE(f.traces.empty());
+    f = failing("gx_do_vlist_add_value", 1, [&] { return all("ntp_maxdist_eol", rec.get()); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_EQ(f.traces,
               (std::vector<std::string>{"ntp_maxdist_eol to_vlist_all u_int32_to_vlist for ntp_maxdist_eol_singleton_id failed"}));
-    traces.clear();
-    plat::fault_fail_nth("gx_do_vlist_add_value", 2);
-    EXPECT_EQ(all("ntp_maxdist_eol", rec.get()), -1);
-    EXPECT_EQ(texts(traces),
+    f = failing("gx_do_vlist_add_value", 2, [&] { return all("ntp_maxdist_eol", rec.get()); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_EQ(f.traces,
               (std::vector<std::string>{
                   "ntp_maxdistance_cp to_vlist_all int32_to_vlist for ntp_maxdistance_cp_ntp_mdist_value_1 failed",
                   "ntp_maxdist_eol to_vlist_all ntp_maxdistance_cp_to_vlist for ntp_maxdist_eol_compound_0 failed"}));
@@ -872,10 +777,9 @@ TEST_F(Vlist, NullRunsFailWithTheFieldAndTypeGluedInTheirTrace) {
     const std::string arm_leaf(db::type_info(arm_type)->fields.at(0).name);
     db::RecordPtr rec = db::make_record("ntp_peer_cp");
     db::set_int(*rec, "descriminator", 2);
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_add_null", 1);
-    EXPECT_EQ(all("ntp_peer_cp", rec.get()), -1);
-    EXPECT_EQ(texts(traces),
+    const Failed f = failing("gx_do_vlist_add_null", 1, [&] { return all("ntp_peer_cp", rec.get()); });
+    EXPECT_EQ(f.result, -1);
+    EXPECT_EQ(f.traces,
               (std::vector<std::string>{arm_type + " to_vlist_all: int32 set null failed for " + arm_leaf + "for " + arm_type,
                                         "ntp_peer_cp to_vlist_all: " + arm_type + " set null failed for compound_66for ntp_peer_cp"}));
     EXPECT_EQ(values().size(), 1u);   // the discriminator went out first
@@ -899,12 +803,10 @@ TEST_F(Vlist, ObjTypeExtensionGroupsGiveOneNullPerValue) {
     }
     // A failing null names the value, with no leaf word.
     const Group& g = expect().groups.back();
-    fresh();
-    plat::TraceCapture traces;
-    plat::fault_fail_nth("gx_do_vlist_add_null", g.values.size());
-    EXPECT_EQ(null_run(g.name), -1);
+    const Failed f = failing("gx_do_vlist_add_null", g.values.size(), [&] { return null_run(g.name); });
+    EXPECT_EQ(f.result, -1);
     const std::string& last = g.values.back();
-    EXPECT_EQ(texts(traces), std::vector<std::string>{last + " to_vlist_all:  set null failed for " + last + "for " + last});
+    EXPECT_EQ(f.traces, std::vector<std::string>{last + " to_vlist_all:  set null failed for " + last + "for " + last});
 }
 
 // ---------------------------------------------------------------- enumerations and flag sets

@@ -12,28 +12,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "zan/config.hpp"
-#include "zan/engine.hpp"
+#include "fuzz_engine.hpp"
 
 namespace {
-
-const zan::engine::Engine& engine() {
-    static zan::engine::Engine* e = [] {
-        auto* en = new zan::engine::Engine;
-        if (auto why = en->load(zan::engine::Engine::default_library_path())) {
-            std::fprintf(stderr, "fuzz_resolve: %s\n", why->c_str());
-            std::abort();
-        }
-        return en;
-    }();
-    return *e;
-}
-
-const zan::db::Store& store() {
-    static auto r = zan::config::load_default();
-    if (!r) std::abort();
-    return *r.store;
-}
 
 std::vector<zan::plat::UriSegment> segments_of(std::string_view text) {
     std::vector<zan::plat::UriSegment> out;
@@ -74,17 +55,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     req.with_pdc_list = (data[0] & 0x20) == 0;
     req.segments = segments_of(std::string_view(reinterpret_cast<const char*>(data + 1), size - 1));
 
-    const zan::engine::Engine& e = engine();
-    const zan::db::Store& s = store();
-    const long objects = zan::plat::live_objects().total();
-    const long allocations = zan::plat::alloc_live();
-    {
+    const zan::engine::Engine& e = fuzz_engine("fuzz_resolve");
+    const zan::db::Store& s = fuzz_store();
+    without_leftovers("fuzz_resolve: the request", [&] {
         zan::engine::Response r = e.request(req);
         if (r.code == 1) (void)zan::engine::walk(s, r.traversals);
-    }
-    if (zan::plat::live_objects().total() != objects || zan::plat::alloc_live() != allocations) {
-        std::fprintf(stderr, "fuzz_resolve: the request left objects or allocations behind\n");
-        std::abort();
-    }
+    });
     return 0;
 }

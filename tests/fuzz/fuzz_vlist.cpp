@@ -12,37 +12,27 @@
 #include <string_view>
 #include <vector>
 
-#include "zan/config.hpp"
-#include "zan/engine.hpp"
+#include "fuzz_engine.hpp"
 
 namespace {
 
-struct Fixture {
-    zan::engine::Engine engine;
-    zan::config::LoadResult config = zan::config::load_default();
-    std::vector<const zan::db::Row*> rows;
-    Fixture() {
-        if (auto why = engine.load(zan::engine::Engine::default_library_path())) {
-            std::fprintf(stderr, "fuzz_vlist: %s\n", why->c_str());
-            std::abort();
-        }
-        if (!config) std::abort();
+// Every row of the built-in configuration.
+const std::vector<const zan::db::Row*>& rows() {
+    static const std::vector<const zan::db::Row*> all = [] {
+        fuzz_engine("fuzz_vlist");
+        std::vector<const zan::db::Row*> out;
         for (const zan::db::TableInfo* t : zan::db::tables())
-            for (const zan::db::Row* r : config.store->rows(*t)) rows.push_back(r);
-    }
-};
-
-Fixture& fixture() {
-    static Fixture* f = new Fixture;
-    return *f;
+            for (const zan::db::Row* r : fuzz_store().rows(*t)) out.push_back(r);
+        return out;
+    }();
+    return all;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 3) return 0;
-    Fixture& f = fixture();
-    const zan::db::Row* row = f.rows[(size_t(data[0]) << 8 | data[1]) % f.rows.size()];
+    const zan::db::Row* row = rows()[(size_t(data[0]) << 8 | data[1]) % rows().size()];
     const int32_t with_state = data[2] & 1;
     std::vector<std::string> names;
     std::string_view rest(reinterpret_cast<const char*>(data + 3), size - 3);
@@ -53,11 +43,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         rest.remove_prefix(nl + 1);
     }
 
-    const auto table = f.engine.find_table(zan::db::table_of(*row).name);
+    const auto table = fuzz_engine("fuzz_vlist").find_table(zan::db::table_of(*row).name);
     if (!table) std::abort();
-    const long objects = zan::plat::live_objects().total();
-    const long allocations = zan::plat::alloc_live();
-    {
+    without_leftovers("fuzz_vlist: the call", [&] {
         gx_do_uri* uri = zan::plat::uri_new(zan::engine::row_segments(*row));
         gx_do_nlist* nlist = gx_do_nlist_new();
         for (const std::string& n : names) gx_do_nlist_add_string(nlist, n.c_str());
@@ -73,10 +61,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         gx_do_vlist_deref(vlist);
         gx_do_nlist_deref(nlist);
         zan::plat::uri_deref(uri);
-    }
-    if (zan::plat::live_objects().total() != objects || zan::plat::alloc_live() != allocations) {
-        std::fprintf(stderr, "fuzz_vlist: the call left objects or allocations behind\n");
-        std::abort();
-    }
+    });
     return 0;
 }

@@ -168,7 +168,11 @@ class BrokenCatalogues(unittest.TestCase):
 
 
 class ProductCatalogue(unittest.TestCase):
-    """Figures of the product's schema that the families and their tests rely on."""
+    """Figures of the product's schema that the families and their tests rely on, where the
+    database tests (tests/database) and the front end's (tests/frontend) do not check them
+    on what is generated: the counts of positions, tables, records, rows and slots, the
+    first and last names, the empty rows, the column census, the first position's
+    identifier and the dhcp pool's link field are theirs."""
 
     @classmethod
     def setUpClass(cls):
@@ -176,7 +180,6 @@ class ProductCatalogue(unittest.TestCase):
 
     def test_tables_positions_and_tree(self):
         c = self.cat
-        self.assertEqual((len(c.positions), len(c.tables()), len(c.records)), (331, 329, 1012))
         self.assertEqual(Counter(p.shape for p in c.positions.values()), {"root": 107, "child": 220, "nolink": 4})
         self.assertEqual(len(c.dispatchers), 23)
         self.assertEqual(len(c.dispatchers[0].chain), 107)
@@ -189,22 +192,13 @@ class ProductCatalogue(unittest.TestCase):
         links = [p.link_field for p in c.positions.values() if p.link_field]
         self.assertEqual(len(links), 220)
         self.assertEqual(c.positions["tbl_ci_ip_idgrp_out_eol"].link_field, "uidb_act_interface_ip_idgrp_out_eol")
-        self.assertEqual(c.positions["tbl_dhcp_pool_network"].link_field,
-                         "cfg_ip_dhcp_pool_eol_child_dhcp_pool_network")
         self.assertEqual(c.positions["tbl_ci_ip_addr_eol"].link_field, "uidb_act_interface_ci_ip_addr_eol")
         segs = Counter("U" if p.segment == "U_" + p.name else "bare" if p.segment == p.name[4:] else "own"
                        for p in c.positions.values())
         self.assertEqual(segs, {"U": 154, "bare": 82, "own": 95})
-        self.assertEqual(c.positions["tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"].pq.hex(),
-                         "73e836330f72c211ff0709c32e88091d")
 
     def test_columns_of_all_tables(self):
         c = self.cat
-        per = {t.name: c.table_columns(t.name) for t in c.tables()}
-        self.assertEqual(sum(len(v) for v in per.values()), 2291)
-        self.assertEqual(len(per["tbl_conf_mac_nacl_eol"]), 395)
-        self.assertEqual(max(len(n) for v in per.values() for n, _ in v), 174)
-        self.assertEqual(max(c.depth(r) for r in c.records), 11)
         self.assertEqual([n for n, _ in c.columns("vrf_info")], ["table_id", "vrf_id", "namestr"])
         codes = Counter(f.code for r in c.records.values() for f in r.all_fields if f.kind != "nested")
         self.assertEqual(codes, {5: 588, 4: 479, 8: 187, 103: 133, 101: 73, 106: 23, 15: 6, 0: 4, 6: 4,
@@ -227,10 +221,7 @@ class ProductCatalogue(unittest.TestCase):
 
     def test_type_slots(self):
         c = self.cat
-        self.assertEqual(len(c.slots), 1129)
         named = [s for s in c.slots if s.name]
-        self.assertEqual(len(named), 1058)
-        self.assertEqual((c.slots[0].name, named[-1].name), ("T_ci_ipv6_address_prefix_cp", "vrf_name"))
         runs = {26: ("aom_obj_action", "batch_state"), 411: ("ci_ip_secur_ilabel_eol_1_cp", None),
                 428: (None, "ci_ip_secur_ml_eol"), 576: ("cl_username_secret_enctype5_cp_3_cp", "conf_ip_nacl_ext_desc_cp"),
                 716: ("en_address", "extended_acl_options"), 794: ("hostname_name_cp", None),
@@ -244,20 +235,11 @@ class ProductCatalogue(unittest.TestCase):
             if after:
                 self.assertEqual(c.slots[row + 1].name, after)
         self.assertEqual(Counter(s.category for s in named), {"record": 1012, "library": 28, "enum": 14, "flags": 4})
-        self.assertEqual(len(c.enums["obj_type"].values), 746)
         ext = c.enums["obj_type"].extensions
         self.assertEqual(len(ext), 42)
         self.assertEqual(sum(len(e.values) for e in ext), 178)
         self.assertEqual(len({v for e in ext for v in e.values}), 147)
         self.assertTrue(all(1 <= e.level <= 30 and 1 <= len(e.values) <= 18 for e in ext))
-
-    def test_table_rows(self):
-        rows = self.cat.table_rows
-        self.assertEqual(len(rows), 331)
-        self.assertEqual(rows[:3], ["tbl_cfg_crypto_ca_trust_point_primary_eol", "tbl_ci_ipv6_enable_eol",
-                                    "tbl_cfg_ip_dhcp_snooping_eol"])
-        self.assertEqual([i for i, r in enumerate(rows) if r is None], [15, 269])
-        self.assertEqual(sorted(r for r in rows if r), sorted(t.name for t in self.cat.tables()))
 
 
 if __name__ == "__main__":

@@ -60,44 +60,6 @@ struct LeafCells {
 
 }  // namespace
 
-// Every full form on a real cell of its own word: the value, its width and sign, the leaf
-// word and the is_default mark arrive under the name given.
-TEST_F(Leaf, FullFormsCarryValueLeafWordAndMark) {
-    LeafCells c;
-    auto& [consumer, counters, proxy, trk, mac, route, i32] = c;
-
-    EXPECT_EQ(u_int8_to_properties(k_ctx, k_id, "a", props, 0, 1, db::handle(*consumer, "cid"), &err), 0);
-    EXPECT_EQ(u_int16_to_properties(k_ctx, k_id, "b", props, 1, 1, db::handle(*consumer, "app_id"), &err), 0);
-    EXPECT_EQ(u_int64_to_properties(k_ctx, k_id, "c", props, 0, 1, db::handle(*counters, "byte_cnt"), &err), 0);
-    EXPECT_EQ(rsl_vstring_to_properties(k_ctx, k_id, "d", props, 0, 1, db::handle(*proxy, "http_proxy_name"), &err), 0);
-    EXPECT_EQ(int16_to_properties(k_ctx, k_id, "e", props, 0, 1, db::handle(*proxy, "http_proxy_port"), &err), 0);
-    EXPECT_EQ(u_int32_to_properties(k_ctx, k_id, "f", props, 0, 1, db::handle(*proxy, "singleton_id"), &err), 0);
-    EXPECT_EQ(rsl_boolean_to_properties(k_ctx, k_id, "g", props, 0, 1, db::handle(*trk, "bt_log_set"), &err), 0);
-    EXPECT_EQ(rsl_mac_addr_to_properties(k_ctx, k_id, "h", props, 0, 1,
-                                         db::handle(*mac, "destination_mac_address"), &err), 0);
-    EXPECT_EQ(ip_address_to_properties(k_ctx, k_id, "i", props, 7, 1, db::handle(*route, "addr"), &err), 0);
-    EXPECT_EQ(int32_to_properties(k_ctx, k_id, "j", props, 0, 1, i32, &err), 0);
-    EXPECT_EQ(err, 0u);
-
-    EXPECT_EQ(at("a"), (Value{uint64_t(255), "u_int8", false}));
-    EXPECT_EQ(at("b"), (Value{uint64_t(65535), "u_int16", true}));
-    EXPECT_EQ(at("c"), (Value{UINT64_MAX, "u_int64", false}));
-    EXPECT_EQ(at("d"), (Value{std::string("proxy.example"), "rsl_vstring", false}));
-    EXPECT_EQ(at("e"), (Value{int64_t(-2), "int16", false}));
-    EXPECT_EQ(at("f"), (Value{uint64_t(4000000000u), "u_int32", false}));
-    EXPECT_EQ(at("g"), (Value{true, "rsl_boolean", false}));
-    EXPECT_EQ(to_text(at("h")), "aa:bb:cc:00:11:22");
-    EXPECT_EQ(to_text(at("i")), "2001:db8::1");
-    EXPECT_TRUE(at("i").is_default);
-    EXPECT_EQ(at("j"), (Value{int64_t(-7), "int32", false}));
-
-    // delivery order is call order
-    auto items = properties_items(props);
-    ASSERT_EQ(items.size(), 10u);
-    EXPECT_EQ(items.front().name, "a");
-    EXPECT_EQ(items.back().name, "j");
-}
-
 // present 0 sets null with the mark, and does not read the handle (NULL is fine).
 TEST_F(Leaf, AbsentValueIsNullAndHandleUnread) {
     EXPECT_EQ(int32_to_properties(k_ctx, k_id, "x", props, 1, 0, nullptr, &err), 0);
@@ -246,9 +208,11 @@ TEST_F(Leaf, ElementConversions) {
     db::destroy_typed(u32);
 }
 
-// The value-list and name-value forms of every leaf keep the value, width, leaf word and
-// mark of the full forms; present 0 gives a null and leaves the handle unread.
-TEST_F(Leaf, VlistAndNvlistFormsOfEveryLeaf) {
+// Every leaf on a real cell of its own word, each holding an extreme or telling value: the
+// full form delivers the value, its width and sign, the leaf word and the mark under the name
+// given, in call order; the value-list and name-value forms keep all of that, and present 0
+// gives a null and leaves the handle unread.
+TEST_F(Leaf, FullVlistAndNvlistFormsOfEveryLeaf) {
     LeafCells c;
     auto& [consumer, counters, proxy, trk, mac, route, i32] = c;
     struct Case {
@@ -258,25 +222,39 @@ TEST_F(Leaf, VlistAndNvlistFormsOfEveryLeaf) {
         int32_t (*nv)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_nvlist*, int32_t, int32_t, const void*, uint32_t*);
         const void* handle;
         const char* leaf;
+        int32_t mark;
+        decltype(Value::v) want;   // unused where `text` is given: compared as text
+        const char* text;
     };
 #define ZAN_FORMS(leaf) leaf##_to_properties, leaf##_to_vlist, leaf##_to_nvlist
     const Case cases[] = {
-        {ZAN_FORMS(int32), i32, "int32"},
-        {ZAN_FORMS(u_int32), db::handle(*proxy, "singleton_id"), "u_int32"},
-        {ZAN_FORMS(rsl_vstring), db::handle(*proxy, "http_proxy_name"), "rsl_vstring"},
-        {ZAN_FORMS(ip_address), db::handle(*route, "addr"), "ip_address"},
-        {ZAN_FORMS(rsl_mac_addr), db::handle(*mac, "destination_mac_address"), "rsl_mac_addr"},
-        {ZAN_FORMS(u_int8), db::handle(*consumer, "cid"), "u_int8"},
-        {ZAN_FORMS(u_int64), db::handle(*counters, "byte_cnt"), "u_int64"},
-        {ZAN_FORMS(u_int16), db::handle(*consumer, "app_id"), "u_int16"},
-        {ZAN_FORMS(rsl_boolean), db::handle(*trk, "bt_log_set"), "rsl_boolean"},
-        {ZAN_FORMS(int16), db::handle(*proxy, "http_proxy_port"), "int16"},
+        {ZAN_FORMS(u_int8), db::handle(*consumer, "cid"), "u_int8", 0, uint64_t(255), nullptr},
+        {ZAN_FORMS(u_int16), db::handle(*consumer, "app_id"), "u_int16", 1, uint64_t(65535), nullptr},
+        {ZAN_FORMS(u_int64), db::handle(*counters, "byte_cnt"), "u_int64", 0, UINT64_MAX, nullptr},
+        {ZAN_FORMS(rsl_vstring), db::handle(*proxy, "http_proxy_name"), "rsl_vstring", 0,
+         std::string("proxy.example"), nullptr},
+        {ZAN_FORMS(int16), db::handle(*proxy, "http_proxy_port"), "int16", 0, int64_t(-2), nullptr},
+        {ZAN_FORMS(u_int32), db::handle(*proxy, "singleton_id"), "u_int32", 0, uint64_t(4000000000u), nullptr},
+        {ZAN_FORMS(rsl_boolean), db::handle(*trk, "bt_log_set"), "rsl_boolean", 0, true, nullptr},
+        {ZAN_FORMS(rsl_mac_addr), db::handle(*mac, "destination_mac_address"), "rsl_mac_addr", 0, {},
+         "aa:bb:cc:00:11:22"},
+        {ZAN_FORMS(ip_address), db::handle(*route, "addr"), "ip_address", 7, {}, "2001:db8::1"},
+        {ZAN_FORMS(int32), i32, "int32", 0, int64_t(-7), nullptr},
     };
 #undef ZAN_FORMS
     for (const Case& c : cases) {
         SCOPED_TRACE(c.leaf);
         const void* handle = c.handle;
-        ASSERT_EQ(c.full(k_ctx, k_id, "p", props, 1, 1, handle, &err), 0);
+        ASSERT_EQ(c.full(k_ctx, k_id, c.leaf, props, c.mark, 1, handle, &err), 0);
+        EXPECT_EQ(err, 0u);
+        const Value& full = at(c.leaf);
+        if (c.text == nullptr) {
+            EXPECT_EQ(full, (Value{c.want, c.leaf, c.mark != 0}));
+        } else {
+            EXPECT_EQ(to_text(full), c.text);
+            EXPECT_EQ(full.leaf, c.leaf);
+            EXPECT_EQ(full.is_default, c.mark != 0);
+        }
         gx_do_vlist* list = gx_do_vlist_new();
         gx_do_nvlist* nvlist = gx_do_nvlist_new();
         EXPECT_EQ(c.vl(k_ctx, k_id, list, 1, 1, handle, &err), 1);
@@ -288,8 +266,11 @@ TEST_F(Leaf, VlistAndNvlistFormsOfEveryLeaf) {
         const auto items = nvlist_items(nvlist);
         ASSERT_EQ(values.size(), 2u);
         ASSERT_EQ(items.size(), 2u);
-        EXPECT_EQ(values[0], at("p"));
-        EXPECT_EQ(items[0], (NamedValue{"k", at("p")}));
+        // the list forms are given mark 1; the full form's value with that mark
+        Value marked = full;
+        marked.is_default = true;
+        EXPECT_EQ(values[0], marked);
+        EXPECT_EQ(items[0], (NamedValue{"k", marked}));
         EXPECT_EQ(values[1], (Value{Null{}, c.leaf, false}));
         EXPECT_EQ(items[1], (NamedValue{"n", Value{Null{}, c.leaf, false}}));
         // a pending error adds nothing and says so; a handle of another word is refused
@@ -310,6 +291,11 @@ TEST_F(Leaf, VlistAndNvlistFormsOfEveryLeaf) {
         gx_do_vlist_deref(list);
         gx_do_nvlist_deref(nvlist);
     }
+    // delivery order is call order
+    auto items = properties_items(props);
+    ASSERT_EQ(items.size(), 10u);
+    EXPECT_EQ(items.front().name, "u_int8");
+    EXPECT_EQ(items.back().name, "int32");
 }
 
 // Pointer-given forms, the enumeration's entry and the whole-value rows of base types.

@@ -8,8 +8,6 @@
   all_segments.txt   'ls --all *': all segments in traverser order
   rows.tsv       per table: its name, its row types and the names of its key's entries as its
                  to_nvlist delivers them (each list joined by ','), separated by tabs
-  children.tsv   per table with children: a path to one of its rows (placeholder keys), then
-                 the segments of its children in chain order, separated by tabs
 
 usage: expect_tool.py SCHEMA_DIR OUT_DIR
 """
@@ -17,76 +15,32 @@ import json
 import os
 import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "gen"))
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path[:0] = [os.path.join(HERE, "..", "..", "gen"), os.path.join(HERE, "..", "frontend")]
+sys.dont_write_bytecode = True
 import catalogue  # noqa: E402
+import expect  # noqa: E402  (the front-end tests' reading of columns, attribute names and keys)
 
 
-def columns(cat, record, prefix=""):
-    out = []
-    for f in cat.records[record].all_fields:
-        if f.kind == "nested":
-            out += columns(cat, f.type, prefix + f.name + ("" if f.glued else "."))
-        else:
-            out.append([prefix + f.name, cat.leaves[f.word]])
-    return out
-
-
-def attributes(cat, record, prefix=""):
-    """Attribute names of a rendering to properties: a dot behind every nested field."""
-    out = []
-    for f in cat.records[record].all_fields:
-        if f.kind == "nested":
-            out += attributes(cat, f.type, prefix + f.name + ".")
-        else:
-            out.append(prefix + f.name)
-    return out
+def lineage(pos):
+    """Positions from the root down to pos; a table listed under itself (tbl_cfg_vlan_eol)
+    counts once."""
+    chain, seen = [], set()
+    while pos is not None and pos.name not in seen:
+        seen.add(pos.name)
+        chain.append(pos)
+        pos = pos.parent
+    return chain[::-1]
 
 
 def path(pos):
-    """Segments from the root; a table listed under itself (tbl_cfg_vlan_eol) counts once."""
-    segs, seen = [], set()
-    while pos is not None and pos.name not in seen:
-        seen.add(pos.name)
-        segs.append(pos.segment)
-        pos = pos.parent
-    return "/".join(reversed(segs))
+    return "/".join(p.segment for p in lineage(pos))
 
 
 def key(pos):
     if pos.key.kind == "compound":
         return ",".join(name for name, _ in pos.key.parts)
     return pos.key.name
-
-
-PLACEHOLDER = {"u_int32": "1", "int32": "1", "rsl_vstring": "x", "ip_address": "10.0.0.1"}
-
-
-def keyed_path(cat, pos):
-    """Path to a row of pos with placeholder keys; a table under itself counts once."""
-    chain, seen = [], set()
-    while pos is not None and pos.name not in seen:
-        seen.add(pos.name)
-        chain.append(pos)
-        pos = pos.parent
-    segs = []
-    for p in reversed(chain):
-        k = p.key or cat.positions[p.entrance_of].key
-        if k.kind == "compound":
-            keys = "".join(f"[{n}={PLACEHOLDER[w]}]" for n, w in k.parts)
-        else:
-            word = k.word or "u_int32"
-            keys = f"[{k.name}={PLACEHOLDER[word]}]"
-        segs.append(p.segment + keys)
-    return "/".join(segs)
-
-
-def key_entries(cat, pos):
-    """A compound key's parts; otherwise the key leaf, singleton_id wherever the row record
-    numbers its rows (whatever its query key)."""
-    if pos.key.kind == "compound":
-        return [n for n, _ in pos.key.parts]
-    fields = [f.name for f in cat.records[pos.rows[0]].fields]
-    return ["singleton_id"] if "singleton_id" in fields else [pos.key.name]
 
 
 def main(schema, out):
@@ -98,18 +52,15 @@ def main(schema, out):
             continue
         pos = cat.positions[name]
         rows.append(f"{i}\t{name}\t{path(pos)}\t{key(pos)}")
-        cols[name] = [c for r in pos.rows for c in columns(cat, r)]
+        cols[name] = [[n, code] for r in pos.rows for code, _, _, n, _ in expect.columns(cat, r)]
     os.makedirs(out, exist_ok=True)
     with open(os.path.join(out, "root_segments.txt"), "w", encoding="utf-8") as fh:
         fh.write("".join(p.segment + "\n" for p in cat.dispatchers[0].chain))
     with open(os.path.join(out, "all_segments.txt"), "w", encoding="utf-8") as fh:
         fh.write("".join(p.segment + "\n" for p in cat.traversers()))
-    with open(os.path.join(out, "children.tsv"), "w", encoding="utf-8") as fh:
-        for d in cat.dispatchers[1:]:
-            fh.write("\t".join([keyed_path(cat, d.parent)] + [c.segment for c in d.chain]) + "\n")
     with open(os.path.join(out, "rows.tsv"), "w", encoding="utf-8") as fh:
         for p in cat.tables():
-            fh.write(f"{p.name}\t{','.join(p.rows)}\t{','.join(key_entries(cat, p))}\n")
+            fh.write(f"{p.name}\t{','.join(p.rows)}\t{','.join(n for n, _ in expect.key_entries(cat, p)[1])}\n")
     with open(os.path.join(out, "tables.tsv"), "w", encoding="utf-8") as fh:
         fh.write("\n".join(rows) + "\n")
     with open(os.path.join(out, "columns.json"), "w", encoding="utf-8") as fh:
@@ -118,7 +69,7 @@ def main(schema, out):
     attrs = {}
     for pos in cat.traversers():
         table = cat.positions[pos.table] if pos.table else pos
-        attrs[path(pos)] = [a for r in table.rows for a in attributes(cat, r)]
+        attrs[path(pos)] = [c[4] for r in table.rows for c in expect.columns(cat, r)]
     with open(os.path.join(out, "attributes.json"), "w", encoding="utf-8") as fh:
         json.dump(attrs, fh, indent=0)
 
