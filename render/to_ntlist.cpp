@@ -19,9 +19,11 @@ constexpr lt_unit k_unit{"to_ntlist", gen::k_ntlist_formats, gen::ntlist_formats
 }  // namespace
 
 int32_t type_columns(const Type& type, arbor_ntlist* list, const char* prefix, uint32_t* err) {
-    // Cleared before anything else is looked at.
+    // The name buffer starts empty, before anything else is looked at. It is only ever read up to its terminator (every append
+    // writes one, every cut back to the prefix writes one), so its first byte is all that
+    // clearing it has to set.
     char buffer[k_buffer_size];
-    std::memset(buffer, 0, sizeof buffer);
+    buffer[0] = '\0';
 
     if (list == nullptr || prefix == nullptr || err == nullptr) {
         __LTf_0(&k_unit, type.msg + k_msg_null_args, g_arbor_fe_trace_module_id, LT_LEVEL_ERROR);

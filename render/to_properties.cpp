@@ -262,8 +262,11 @@ int32_t extensions(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* pr
 
 int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, gx_do_properties* props,
                const void* obj, int32_t with_state, uint32_t* err) {
+    // The name buffer starts empty. It is only ever read up to its terminator (every append
+    // writes one, every cut back to the prefix writes one), so its first byte is all that
+    // clearing it has to set.
     char buffer[k_buffer_size];
-    std::memset(buffer, 0, sizeof buffer);
+    buffer[0] = '\0';
     const auto default_variant = static_cast<int8_t>(zan_config_defaults_default_get_variant(ctx));
     if (*err != 0) return 0;
     const size_t prefix_len = std::strlen(prefix);
@@ -286,8 +289,11 @@ int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix
 
 int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, gx_do_properties* props,
                     uint32_t* err) {
+    // The name buffer starts empty. It is only ever read up to its terminator (every append
+    // writes one, every cut back to the prefix writes one), so its first byte is all that
+    // clearing it has to set.
     char buffer[k_buffer_size];
-    std::memset(buffer, 0, sizeof buffer);
+    buffer[0] = '\0';
     size_t len = 0;
     bool check_first = true;
     if (t.lenient) {

@@ -128,7 +128,7 @@ struct gx_do_properties {
         return uint32_t(h ^ (h >> 32));
     }
 
-    long find(std::string_view name, uint32_t h) const {
+    [[gnu::always_inline]] long find(std::string_view name, uint32_t h) const {
         if (slots.empty()) {
             for (size_t i = 0; i < items.size(); ++i)
                 if (items[i].hash == h && items[i].name == name) return long(i);
@@ -142,14 +142,14 @@ struct gx_do_properties {
         }
     }
 
-    void place(uint32_t i) {
+    [[gnu::always_inline]] void place(uint32_t i) {
         size_t mask = slots.size() - 1;
         size_t p = items[i].hash & mask;
         while (slots[p]) p = (p + 1) & mask;
         slots[p] = i + 1;
     }
 
-    void reindex() {
+    [[gnu::noinline]] void reindex() {
         size_t n = 64;
         while (n < items.size() * 4) n *= 2;
         slots.assign(n, 0);
@@ -157,7 +157,7 @@ struct gx_do_properties {
     }
 
     // After an item was added at the end.
-    void index_last() {
+    [[gnu::always_inline]] void index_last() {
         if (slots.empty() ? items.size() > k_linear : items.size() * 2 > slots.size())
             reindex();
         else if (!slots.empty())

@@ -29,7 +29,7 @@ extern "C" {
 
 void __strcat_to_buf(size_t size, char* dest, const char* src) {
     if (!dest || size == 0) return;
-    size_t used = strnlen(dest, size);
+    size_t used = dest[0] == '\0' ? 0 : strnlen(dest, size);   // a fresh buffer is the common case
     if (used == size) {   // unterminated: cut to fit
         dest[size - 1] = '\0';
         used = size - 1;
@@ -50,7 +50,7 @@ int32_t strcat_s(char* dest, size_t room, const char* src) {
         dest[0] = '\0';
         return es_null_pointer;
     }
-    size_t used = strnlen(dest, room);
+    size_t used = dest[0] == '\0' ? 0 : strnlen(dest, room);
     if (used == room) {
         dest[0] = '\0';
         return es_unterminated;
