@@ -1,7 +1,8 @@
 // Rendering to value lists: what it costs to turn one row of the built-in configuration into
 // a flat value list through the to_vlist_all of its top type's row in the registered type
 // array, and to fetch each of its attributes by name through the selectors (walked with
-// strtok_r as a table's row operation walks them), per row and per attribute.
+// strtok_r as a table's row operation walks them), and to ask the table's own to_vlist for
+// all of them in one name list, per row and per attribute.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -15,7 +16,9 @@
 #include "zan/engine.hpp"
 #include "zan/platform.hpp"
 
+#include "attribute_names.hpp"
 #include "bench_engine.hpp"
+#include "bench_store.hpp"
 #include "library_function.hpp"
 
 namespace {
@@ -25,29 +28,7 @@ using select_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, char**, cons
 
 const zan::engine::Engine& engine() { return bench_engine("bench_vlist"); }
 
-const zan::db::Store& store() {
-    static const zan::db::Store* s = [] {
-        engine();
-        auto loaded = zan::config::load_default();
-        if (!loaded) {
-            std::fprintf(stderr, "bench_vlist: %s\n", loaded.error.c_str());
-            std::exit(1);
-        }
-        return loaded.store.release();
-    }();
-    return *s;
-}
-
-// Leaf attribute names of a record, dotted as the selectors read them.
-void leaf_names(const zan::db::TypeInfo& t, const std::string& prefix, std::vector<std::string>& out) {
-    for (const zan::db::FieldInfo& f : t.fields) {
-        if (f.role != zan::db::FieldRole::attribute) continue;
-        if (f.kind == zan::db::FieldKind::nested)
-            leaf_names(*f.target, prefix + std::string(f.name) + ".", out);
-        else
-            out.push_back(prefix + std::string(f.name));
-    }
-}
+const zan::db::Store& store() { return bench_store("bench_vlist"); }
 
 struct Target {
     const zan::db::Row* row = nullptr;
@@ -142,6 +123,41 @@ void select_all(benchmark::State& state, const char* table) {
                                                              benchmark::Counter::kInvert);
 }
 
+// The table's own to_vlist, the operation the engine calls with a client's list of names:
+// every leaf attribute of the row in one name list, the row's path as the URI, into a fresh
+// value list per iteration (the names and the path are made once).
+void table_names(benchmark::State& state, const char* table) {
+    Target t;
+    if (!target(state, table, t)) return;
+    const auto tab = engine().find_table(table);
+    if (!tab || tab->gx->to_vlist == nullptr) {
+        state.SkipWithError("the library registers no to_vlist for the table");
+        return;
+    }
+    std::vector<std::string> names;
+    leaf_names(*t.top, "", names);
+    gx_do_nlist* nlist = gx_do_nlist_new();
+    for (const std::string& n : names) gx_do_nlist_add_string(nlist, n.c_str());
+    gx_do_uri* uri = zan::plat::uri_new(zan::engine::row_segments(*t.row));
+    const auto fn = tab->gx->to_vlist;
+    auto once = [&] {
+        gx_do_vlist* list = gx_do_vlist_new();
+        uint32_t err = 0;
+        const int32_t r = fn(zan::engine::Engine::context(), 0, uri, nlist, t.row, list, 0, &err);
+        const size_t n = static_cast<size_t>(gx_do_vlist_get_len(list));
+        gx_do_vlist_deref(list);
+        return r > 0 && err == 0 && n == names.size();
+    };
+    if (!once()) state.SkipWithError("the names do not render one value each");
+    for (auto _ : state) benchmark::DoNotOptimize(once());
+    gx_do_nlist_deref(nlist);
+    zan::plat::uri_deref(uri);
+    state.counters["attributes"] = static_cast<double>(names.size());
+    state.counters["per_attribute"] = benchmark::Counter(static_cast<double>(names.size()),
+                                                         benchmark::Counter::kIsIterationInvariantRate |
+                                                             benchmark::Counter::kInvert);
+}
+
 using pairs_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*);
 
 // The row through its top type's <type>_to_nlist_vlist_all (held by no array: the engine
@@ -204,5 +220,12 @@ void BM_SelectNtpPeer(benchmark::State& state) { select_all(state, "tbl_ntp_peer
 BENCHMARK(BM_SelectNtpPeer)->Unit(benchmark::kNanosecond);
 void BM_SelectMacNacl(benchmark::State& state) { select_all(state, "tbl_conf_mac_nacl_eol"); }
 BENCHMARK(BM_SelectMacNacl)->Unit(benchmark::kNanosecond);
+
+void BM_TableNamesOneLeaf(benchmark::State& state) { table_names(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }
+BENCHMARK(BM_TableNamesOneLeaf)->Unit(benchmark::kNanosecond);
+void BM_TableNamesNtpPeer(benchmark::State& state) { table_names(state, "tbl_ntp_peer_eol"); }
+BENCHMARK(BM_TableNamesNtpPeer)->Unit(benchmark::kNanosecond);
+void BM_TableNamesMacNacl(benchmark::State& state) { table_names(state, "tbl_conf_mac_nacl_eol"); }
+BENCHMARK(BM_TableNamesMacNacl)->Unit(benchmark::kNanosecond);
 
 }  // namespace

@@ -20,6 +20,7 @@
 #include "zan/engine.hpp"
 #include "zan/platform.hpp"
 
+#include "attribute_names.hpp"
 #include "bench_engine.hpp"
 #include "bench_store.hpp"
 #include "library_function.hpp"
@@ -96,6 +97,29 @@ Body vlist_all(const char* table) {
         const int32_t r = fn(zan::engine::Engine::context(), 0, rec, list, 0, &err);
         gx_do_vlist_deref(list);
         if (r < 0 || err != 0) fail(std::string("a row of ") + table + " does not render to a value list");
+    };
+}
+
+// The first configured row through the table's own to_vlist with every leaf attribute of
+// the row in one name list (names and path made once), into a fresh value list.
+Body table_names(const char* table) {
+    const zan::db::TableInfo* info = zan::db::table_info(table);
+    if (!info || store().rows(*info).empty() || info->rows.size() != 1) fail(std::string("no row of ") + table);
+    const auto t = engine().find_table(table);
+    if (!t || t->gx->to_vlist == nullptr) fail(std::string("no to_vlist for ") + table);
+    std::vector<std::string> names;
+    leaf_names(*info->rows[0], "", names);
+    const zan::db::Row* row = store().rows(*info).front();
+    gx_do_nlist* nlist = gx_do_nlist_new();
+    for (const std::string& n : names) gx_do_nlist_add_string(nlist, n.c_str());
+    gx_do_uri* uri = zan::plat::uri_new(zan::engine::row_segments(*row));
+    const auto fn = t->gx->to_vlist;
+    return [=] {
+        gx_do_vlist* list = gx_do_vlist_new();
+        uint32_t err = 0;
+        const int32_t r = fn(zan::engine::Engine::context(), 0, uri, nlist, row, list, 0, &err);
+        gx_do_vlist_deref(list);
+        if (r < 0 || err != 0) fail(std::string("the names of ") + table + " do not render");
     };
 }
 
@@ -196,6 +220,7 @@ std::vector<Op> operations() {
         {"properties_mac_nacl", 395, "attribute", [] { return properties("tbl_conf_mac_nacl_eol"); }},
         {"vlist_all_mac_nacl", 395, "value", [] { return vlist_all("tbl_conf_mac_nacl_eol"); }},
         {"pairs_mac_nacl", 395, "value", [] { return pairs("tbl_conf_mac_nacl_eol"); }},
+        {"table_names_mac_nacl", 395, "attribute", [] { return table_names("tbl_conf_mac_nacl_eol"); }},
         {"columns_all_tables", 0, "column", [] { return columns(all_tables()); }},
         {"columns_largest_table", 395, "column",
          [] {
