@@ -2,31 +2,17 @@
 // of the built-in configuration as a name-value list (list creation and release included).
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
-#include <cstdlib>
-
-#include "zan/config.hpp"
 #include "zan/engine.hpp"
 #include "zan/platform.hpp"
 
 #include "bench_engine.hpp"
+#include "bench_store.hpp"
 
 namespace {
 
 const zan::engine::Engine& engine() { return bench_engine("bench_keys"); }
 
-const zan::db::Store& store() {
-    static const zan::db::Store* s = [] {
-        engine();
-        auto loaded = zan::config::load_default();
-        if (!loaded) {
-            std::fprintf(stderr, "bench_keys: %s\n", loaded.error.c_str());
-            std::exit(1);
-        }
-        return loaded.store.release();
-    }();
-    return *s;
-}
+const zan::db::Store& store() { return bench_store("bench_keys"); }
 
 void key_of(benchmark::State& state, const char* table) {
     const auto row = engine().find_table(table);

@@ -11,24 +11,14 @@
 #include "zan/platform.hpp"
 
 #include "bench_engine.hpp"
+#include "bench_store.hpp"
 
 namespace {
 
 const zan::engine::Engine& engine() { return bench_engine("bench_properties"); }
 
 // The built-in configuration, loaded once; the engine is loaded first, as the rows need it.
-const zan::db::Store& store() {
-    static const zan::db::Store* s = [] {
-        engine();
-        auto loaded = zan::config::load_default();
-        if (!loaded) {
-            std::fprintf(stderr, "bench_properties: %s\n", loaded.error.c_str());
-            std::exit(1);
-        }
-        return loaded.store.release();
-    }();
-    return *s;
-}
+const zan::db::Store& store() { return bench_store("bench_properties"); }
 
 // Renders the first configured row of the table into a fresh properties object per
 // iteration (object creation and release included, as the engine pays them).

@@ -11,6 +11,7 @@
 #include "zan/platform.hpp"
 
 #include "bench_engine.hpp"
+#include "bench_store.hpp"
 
 namespace {
 
@@ -89,18 +90,7 @@ void BM_ResolveGrandchild(benchmark::State& state) {
 BENCHMARK(BM_ResolveGrandchild);
 
 // The built-in configuration, for the walks.
-const zan::db::Store& walk_store() {
-    static const zan::db::Store* s = [] {
-        engine();
-        auto loaded = zan::config::load_default();
-        if (!loaded) {
-            std::fprintf(stderr, "bench_resolve: %s\n", loaded.error.c_str());
-            std::exit(1);
-        }
-        return loaded.store.release();
-    }();
-    return *s;
-}
+const zan::db::Store& walk_store() { return bench_store("bench_resolve"); }
 
 // The three-level path of a configured route target resolved and then walked over the
 // built-in configuration by the engine, down to its one row: what a caller holding the
