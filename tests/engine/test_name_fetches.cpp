@@ -1,0 +1,99 @@
+// The chain's name fetches: every path traverser asks the platform for the segment's name
+// itself, the traversers are asked in chain order (the order of the positions), and the
+// chain stops at the first one that takes the segment. The dispatchers compile their chains
+// with the traversers' compares inline; this is what keeps that from ever fetching a name
+// once for several traversers, or asking them in another order.
+//
+// The binary puts its own gx_do_uri_segment_get_name in front of the platform's (the front
+// end's import binds to the executable's definition first) and counts the calls.
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <atomic>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "zan/database.hpp"
+#include "zan/engine.hpp"
+#include "zan/platform.hpp"
+
+#include "shared_engine.hpp"
+
+namespace {
+std::atomic<long> g_fetches{0};
+}
+
+extern "C" const char* gx_do_uri_segment_get_name(gx_do_uri_segment* segment) {
+    using get_name_fn = const char* (*)(gx_do_uri_segment*);
+    static const auto platform = reinterpret_cast<get_name_fn>(dlsym(RTLD_NEXT, "gx_do_uri_segment_get_name"));
+    g_fetches.fetch_add(1, std::memory_order_relaxed);
+    return platform(segment);
+}
+
+namespace {
+
+// Name fetches of one request through the registered dispatcher, with or without lists.
+long fetches(const std::vector<zan::plat::UriSegment>& path, bool lists = false) {
+    gx_do_uri* uri = zan::plat::uri_new(path);
+    gx_do_nlist* pd = lists ? gx_do_nlist_new() : nullptr;
+    gx_do_nlist* pdc = lists ? gx_do_nlist_new() : nullptr;
+    arbor_params_t* params = zan::plat::params_new();
+    const void* slot = nullptr;
+    g_fetches.store(0);
+    engine().dispatcher()(zan::engine::Engine::context(), 0, 0, uri, pd, pdc, params, 0,
+                          zan::engine::k_kind_read_row, &slot);
+    const long n = g_fetches.load();
+    zan::plat::params_free(params);
+    if (pd) gx_do_nlist_deref(pd);
+    if (pdc) gx_do_nlist_deref(pdc);
+    zan::plat::uri_deref(uri);
+    return n;
+}
+
+// Place of each segment name in the chain, counted from 1.
+const std::map<std::string, long>& chain_place() {
+    static const auto places = [] {
+        std::map<std::string, long> m;
+        long k = 0;
+        for (const zan::db::TableInfo* p : zan::db::positions()) m.emplace(std::string(p->segment), ++k);
+        return m;
+    }();
+    return places;
+}
+
+TEST(NameFetches, ASegmentNoTableTakesIsFetchedOncePerTraverser) {
+    engine();
+    const long all = static_cast<long>(zan::db::positions().size());
+    EXPECT_EQ(fetches({{"no_such_segment", std::nullopt}}), all);
+    EXPECT_EQ(fetches({{"no_such_segment", std::nullopt}}, true), all);
+    // A listing runs the whole chain as well.
+    EXPECT_EQ(fetches({{"*", std::nullopt}}, true), all);
+}
+
+TEST(NameFetches, TheChainStopsAtTheTraverserThatTakesTheSegment) {
+    engine();
+    ASSERT_EQ(chain_place().size(), zan::db::positions().size()) << "segment names are not unique";
+    // Whatever the request then makes of it (a missing key, a child without its parent),
+    // the traversers after the one that recognised the name are not asked.
+    for (const auto& [segment, place] : chain_place())
+        EXPECT_EQ(fetches({{segment, std::nullopt}}), place) << segment;
+}
+
+TEST(NameFetches, EverySegmentOfAConfiguredRowsPathRunsTheChainFromItsStart) {
+    const zan::db::Store& store = default_store();
+    size_t rows = 0;
+    for (const zan::db::TableInfo* t : zan::db::tables()) {
+        for (const zan::db::Row* row : store.rows(*t)) {
+            const std::vector<zan::plat::UriSegment> path = zan::engine::row_segments(*row);
+            long expected = 0;
+            for (const auto& step : path) expected += chain_place().at(step.name);
+            EXPECT_EQ(fetches(path, true), expected) << t->name;
+            ++rows;
+        }
+    }
+    EXPECT_GT(rows, 0u);
+}
+
+}  // namespace
