@@ -64,7 +64,12 @@ constinit thread_local CacheEntry t_cache[k_cache] __attribute__((tls_model("ini
 
 // Size classes of 16 bytes up to 256. The sanitizer builds do without the lists, so that
 // a use after free still shows.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define ZAN_ALLOC_SANITIZED 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(ZAN_ALLOC_SANITIZED)
 constexpr bool k_reuse = false;
 #else
 constexpr bool k_reuse = true;
