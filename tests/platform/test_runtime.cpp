@@ -87,6 +87,39 @@ TEST_F(Allocator, InjectsByPositionAndBySite) {
     __tallow_free(again);
 }
 
+// Freed small blocks are handed out again (outside the sanitizer builds): every size up to
+// past the largest class, live at once, keeps its own bytes, and the counts come back even.
+TEST_F(Allocator, ReusedBlocksKeepTheirBytesAndTheirAccounts) {
+    const long live0 = alloc_live();
+    for (int round = 0; round < 3; ++round) {
+        std::vector<unsigned char*> blocks;
+        for (size_t n = 0; n <= 300; n += 7) {
+            auto* p = static_cast<unsigned char*>(tmalloc(0x1862F405u, "BYTE", n));
+            ASSERT_TRUE(p);
+            EXPECT_EQ(reinterpret_cast<uintptr_t>(p) % 16, 0u);
+            std::memset(p, int(n & 0xff), n);
+            blocks.push_back(p);
+        }
+        EXPECT_EQ(alloc_live() - live0, long(blocks.size()));
+        for (size_t i = 0; i < blocks.size(); ++i) {
+            const size_t n = i * 7;
+            EXPECT_EQ(std::count(blocks[i], blocks[i] + n, static_cast<unsigned char>(n & 0xff)), long(n)) << n;
+            __tallow_free(blocks[i]);
+        }
+        EXPECT_EQ(alloc_live(), live0);
+    }
+}
+
+TEST(AllocatorDeathTest, FreeingABlockTwiceStopsTheProcess) {
+    EXPECT_DEATH(
+        {
+            void* p = tmalloc(0x1862F406u, "BYTE", 24);
+            __tallow_free(p);
+            __tallow_free(p);
+        },
+        "already free");
+}
+
 TEST_F(Allocator, TraversalObjectsSpendThePendingSiteTag) {
     tallow_set_callsite_tag(0x1862F7FF);
     arbor_traverse* t = arbor_traverse_create(nullptr, 0);
