@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "traversal.h"
@@ -110,5 +111,62 @@ template <class... T>
 inline constexpr bool k_plain_data = ((std::is_trivially_copyable_v<T> && std::is_standard_layout_v<T>) && ...);
 
 static_assert(k_plain_data<Enum, Flags>);
+
+// ------------------------------------------------------------------ reading a leaf
+// Only the two low bits of a state flag count: bit 0 at default, bit 1 set to a value.
+constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
+
+// Whether a value equals its schema default (the comparison of a field that has one).
+inline int32_t is_default_value(Default d, value_fn value, get_fn get, rsl_ctx_t ctx, rsl_ctx_id_t id,
+                                const void* obj, uint32_t* err) {
+    switch (d) {
+    case Default::none: return 0;
+    case Default::arm_one: return value(ctx, id, obj, err) == 1;
+    case Default::zero: return value(ctx, id, obj, err) == 0;
+    case Default::zero16: return (value(ctx, id, obj, err) & 0xffffu) == 0;
+    case Default::ip_address: return ip_address_is_default(ctx, id, get(ctx, id, obj, err), "0.0.0.0", err) != 0;
+    case Default::rsl_vstring: return rsl_vstring_is_default(ctx, id, get(ctx, id, obj, err), "0.0.0.0", err) != 0;
+    }
+    return 0;
+}
+
+// What a leaf's conversion is told. is_default comes from the default comparison (none when
+// the default variant is negative); only with with_state is the state flag read, and it can
+// raise is_default (bit 0) but never lower it; present is its two low bits.
+struct LeafState {
+    int32_t is_default;
+    int32_t present;
+};
+template <class Kind>
+LeafState leaf_state(const FieldCore<Kind>& c, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, int32_t with_state,
+                     int8_t default_variant, uint32_t* err) {
+    LeafState s{default_variant >= 0 ? is_default_value(c.dflt, c.value, c.get.one, ctx, id, obj, err) : 0, 1};
+    if (with_state != 0) {
+        const uint8_t state = c.state.one(ctx, id, obj, err);
+        if (s.is_default == 0) s.is_default = state & 1u;
+        s.present = present_in(state);
+    }
+    return s;
+}
+
+// A character array's text, read as every family reads it: its length (the low 16 bits),
+// stack room for that and a terminator, the length again, and the characters within the
+// smaller of the two; an array without a length is read as ten characters. `use` is handed
+// the text while the room lives.
+template <class Kind, class Use>
+int32_t with_chars(const FieldCore<Kind>& c, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err,
+                   Use use) {
+    if (c.value == nullptr) {
+        char chars[10] = {};
+        c.get.chars(ctx, id, obj, chars, sizeof chars, err);
+        return use(static_cast<const char*>(chars));
+    }
+    const uint32_t n = c.value(ctx, id, obj, err) & 0xffffu;
+    char* chars = static_cast<char*>(__builtin_alloca(n + 1));
+    std::memset(chars, 0, n + 1);
+    const uint32_t again = c.value(ctx, id, obj, err) & 0xffffu;
+    c.get.chars(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
+    return use(static_cast<const char*>(chars));
+}
 
 }  // namespace zan::fe

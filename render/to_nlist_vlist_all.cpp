@@ -22,8 +22,6 @@ void trace_number(uint32_t msg, int32_t n) {
     __LTf_4(&k_unit, msg, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG, static_cast<uint32_t>(n));
 }
 
-constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
-
 [[noreturn]] void out_of_step(const lt_unit* unit, uint32_t msg, uint32_t names, uint32_t values) {
     __LTf_44(unit, msg, g_arbor_fe_trace_module_id, LT_LEVEL_FATAL, names, values);
     std::abort();
@@ -73,41 +71,18 @@ int32_t nested(const Field& f, bool null, rsl_ctx_t ctx, rsl_ctx_id_t id, const 
     return result;
 }
 
-// is_default and present of one attribute by the state-flag rule.
-void state_of(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, int32_t with_state,
-              int8_t default_variant, uint32_t* err, int32_t* is_default, int32_t* present) {
-    *is_default =
-        default_variant >= 0 ? is_default_value(f.core.dflt, f.core.value, f.core.get.one, ctx, id, obj, err) : 0;
-    *present = 1;
-    if (with_state != 0) {
-        const uint8_t state = f.core.state.one(ctx, id, obj, err);
-        if (*is_default == 0) *is_default = state & 1u;
-        *present = present_in(state);
-    }
-}
 
 // A leaf, enumeration, flag set, discriminator or character array: its value.
 int32_t leaf_value(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist, const void* obj,
                    int32_t with_state, int8_t default_variant, uint32_t* err) {
-    int32_t is_default, present;
-    if (f.core.kind == Kind::chars) {
-        state_of(f, ctx, id, obj, with_state, default_variant, err, &is_default, &present);
-        if (f.core.value != nullptr) {
-            const uint32_t n = f.core.value(ctx, id, obj, err) & 0xffffu;
-            char* chars = static_cast<char*>(__builtin_alloca(n + 1));
-            std::memset(chars, 0, n + 1);
-            const uint32_t again = f.core.value(ctx, id, obj, err) & 0xffffu;
-            f.core.get.chars(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
-            return var_string_to_vlist(ctx, id, vlist, is_default, present, chars, err);
-        }
-        char chars[10] = {};
-        f.core.get.chars(ctx, id, obj, chars, sizeof chars, err);
-        return var_string_to_vlist(ctx, id, vlist, is_default, present, chars, err);
-    }
-    state_of(f, ctx, id, obj, with_state, default_variant, err, &is_default, &present);
+    const LeafState st = leaf_state(f.core, ctx, id, obj, with_state, default_variant, err);
+    if (f.core.kind == Kind::chars)
+        return with_chars(f.core, ctx, id, obj, err, [&](const char* chars) {
+            return var_string_to_vlist(ctx, id, vlist, st.is_default, st.present, chars, err);
+        });
     const void* handle = f.core.get.one(ctx, id, obj, err);
-    return f.core.kind == Kind::enumeration ? f.econv(ctx, id, handle, vlist, is_default, present, err)
-                                            : f.core.vconv(ctx, id, vlist, is_default, present, handle, err);
+    return f.core.kind == Kind::enumeration ? f.econv(ctx, id, handle, vlist, st.is_default, st.present, err)
+                                            : f.core.vconv(ctx, id, vlist, st.is_default, st.present, handle, err);
 }
 
 // A fixed or counted array: one value, the array of its elements.
@@ -253,19 +228,6 @@ int32_t extensions(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* ob
 }
 
 }  // namespace
-
-int32_t is_default_value(Default d, value_fn value, get_fn get, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj,
-                         uint32_t* err) {
-    switch (d) {
-    case Default::none: return 0;
-    case Default::arm_one: return value(ctx, id, obj, err) == 1;
-    case Default::zero: return value(ctx, id, obj, err) == 0;
-    case Default::zero16: return (value(ctx, id, obj, err) & 0xffffu) == 0;
-    case Default::ip_address: return ip_address_is_default(ctx, id, get(ctx, id, obj, err), "0.0.0.0", err) != 0;
-    case Default::rsl_vstring: return rsl_vstring_is_default(ctx, id, get(ctx, id, obj, err), "0.0.0.0", err) != 0;
-    }
-    return 0;
-}
 
 int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, gx_do_nlist* nlist,
                gx_do_vlist* vlist, int32_t with_state, uint32_t* err) {

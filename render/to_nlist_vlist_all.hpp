@@ -27,10 +27,6 @@ enum class Kind : uint8_t {
     sequence,       // first, next, state; nested = the element's rendering
 };
 
-// Whether a value equals its schema default (the comparison of a field that has one).
-int32_t is_default_value(Default d, value_fn value, get_fn get, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj,
-                         uint32_t* err);
-
 struct Field {
     const char* name;             // the entry's name: the field name, no dot
     const char* prefix;           // nested fields and arms: the name and a dot

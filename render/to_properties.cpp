@@ -48,26 +48,12 @@ void trace(uint32_t msg, uint32_t level) {
     if (msg != k_no_msg) __LTf_0(&k_unit, msg, g_arbor_fe_trace_module_id, level);
 }
 
-// Only the two low bits of a state flag count: bit 0 at default, bit 1 set to a value.
-constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
-
-// Whether the attribute's value equals its schema default; ctx_variant < 0 turns this off.
-int32_t compare_default(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err) {
-    return nlist::is_default_value(f.core.dflt, f.core.value, f.core.get.one, ctx, id, obj, err);
-}
-
 // A leaf or the discriminator: default comparison, state flag, handle, conversion.
 int32_t leaf(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* name, gx_do_properties* props,
              const void* obj, int32_t with_state, int8_t default_variant, uint32_t* err) {
-    int32_t is_default = default_variant >= 0 ? compare_default(f, ctx, id, obj, err) : 0;
-    int32_t present = 1;
-    if (with_state != 0) {
-        const uint8_t state = f.core.state.one(ctx, id, obj, err);
-        if (is_default == 0) is_default = state & 1u;
-        present = present_in(state);
-    }
+    const LeafState st = leaf_state(f.core, ctx, id, obj, with_state, default_variant, err);
     const void* handle = f.core.get.one(ctx, id, obj, err);
-    return f.conv(ctx, id, name, props, is_default, present, handle, err);
+    return f.conv(ctx, id, name, props, st.is_default, st.present, handle, err);
 }
 
 // A fixed or counted array: one attribute holding the list of its elements.
@@ -169,33 +155,17 @@ int32_t fields(const Type& t, const Field* fs, uint32_t count, rsl_ctx_t ctx, rs
         if (f.core.kind == Kind::chars) {
             // The characters are fetched before the room check.
             if (*err != 0) continue;
-            const int32_t is_default =
-                default_variant >= 0 ? compare_default(f, ctx, id, obj, err) : 0;
-            int32_t present = 1;
-            int32_t dflt = is_default;
-            if (with_state != 0) {
-                const uint8_t state = f.core.state.one(ctx, id, obj, err);
-                if (dflt == 0) dflt = state & 1u;
-                present = present_in(state);
-            }
-            const auto get = f.core.get.chars;
-            int32_t status;
-            if (f.core.value != nullptr) {
-                const uint32_t n = f.core.value(ctx, id, obj, err) & 0xffffu;
-                char* chars = static_cast<char*>(__builtin_alloca(n + 1));
-                const uint32_t again = f.core.value(ctx, id, obj, err) & 0xffffu;
-                std::memset(chars, 0, n + 1);
-                get(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
-                if (k_name_max - len < f.len) return k_fail;
+            const LeafState st = leaf_state(f.core, ctx, id, obj, with_state, default_variant, err);
+            bool no_room = false;
+            const int32_t status = with_chars(f.core, ctx, id, obj, err, [&](const char* chars) {
+                if (k_name_max - len < f.len) {
+                    no_room = true;
+                    return k_fail;
+                }
                 append_text(buffer, len, f.text, f.len);
-                status = var_string_to_properties(ctx, id, buffer, props, dflt, present, chars, err);
-            } else {
-                char chars[10] = {};
-                get(ctx, id, obj, chars, sizeof chars, err);
-                if (k_name_max - len < f.len) return k_fail;
-                append_text(buffer, len, f.text, f.len);
-                status = var_string_to_properties(ctx, id, buffer, props, dflt, present, chars, err);
-            }
+                return var_string_to_properties(ctx, id, buffer, props, st.is_default, st.present, chars, err);
+            });
+            if (no_room) return k_fail;
             if (status != 0) {
                 trace(f.core.msg, LT_LEVEL_ERROR);
                 return status;

@@ -29,55 +29,24 @@ void trace_number(uint32_t msg, uint32_t level, int32_t number) {
     if (msg != k_no_msg) __LTf_4(&k_unit, msg, g_arbor_fe_trace_module_id, level, static_cast<uint32_t>(number));
 }
 
-// Only the two low bits of a state flag count: bit 0 at default, bit 1 set to a value.
-constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }
-
 // A negative instance variant is a broken invariant, not a status.
 int8_t checked_variant(const Type& t, const void* obj, uint32_t msg) {
     return t.core.reads_variant ? record_variant(&k_unit, msg, obj) : 0;
-}
-
-int32_t compare_default(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err) {
-    switch (f.core.dflt) {
-    case Default::none: return 0;
-    case Default::arm_one: return f.core.value(ctx, id, obj, err) == 1;
-    case Default::zero: return f.core.value(ctx, id, obj, err) == 0;
-    case Default::zero16: return (f.core.value(ctx, id, obj, err) & 0xffffu) == 0;
-    case Default::ip_address:
-        return ip_address_is_default(ctx, id, f.core.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
-    case Default::rsl_vstring:
-        return rsl_vstring_is_default(ctx, id, f.core.get.one(ctx, id, obj, err), "0.0.0.0", err) != 0;
-    }
-    return 0;
 }
 
 // One leaf, enumeration, flag set, discriminator or character array: the default comparison,
 // the state flag (only with with_state), the value, the conversion. Its result as it came.
 int32_t leaf(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, gx_do_vlist* vlist,
              int32_t with_state, int8_t default_variant, uint32_t* err) {
-    int32_t is_default = default_variant >= 0 ? compare_default(f, ctx, id, obj, err) : 0;
-    int32_t present = 1;
-    if (with_state != 0) {
-        const uint8_t state = f.core.state.one(ctx, id, obj, err);
-        if (is_default == 0) is_default = state & 1u;
-        present = present_in(state);
-    }
+    const LeafState st = leaf_state(f.core, ctx, id, obj, with_state, default_variant, err);
     switch (f.core.kind) {
-    case Kind::chars: {
-        if (f.core.value == nullptr) {
-            char chars[10] = {};
-            f.core.get.chars(ctx, id, obj, chars, sizeof chars, err);
-            return var_string_to_vlist(ctx, id, vlist, is_default, present, chars, err);
-        }
-        const uint32_t n = f.core.value(ctx, id, obj, err) & 0xffffu;
-        char* chars = static_cast<char*>(__builtin_alloca(n + 1));
-        std::memset(chars, 0, n + 1);
-        const uint32_t again = f.core.value(ctx, id, obj, err) & 0xffffu;
-        f.core.get.chars(ctx, id, obj, chars, (again < n ? again : n) + 1, err);
-        return var_string_to_vlist(ctx, id, vlist, is_default, present, chars, err);
-    }
-    case Kind::leaf: return f.core.vconv(ctx, id, vlist, is_default, present, f.core.get.one(ctx, id, obj, err), err);
-    default: return f.tconv(ctx, id, f.core.get.one(ctx, id, obj, err), vlist, is_default, present, err);
+    case Kind::chars:
+        return with_chars(f.core, ctx, id, obj, err, [&](const char* chars) {
+            return var_string_to_vlist(ctx, id, vlist, st.is_default, st.present, chars, err);
+        });
+    case Kind::leaf:
+        return f.core.vconv(ctx, id, vlist, st.is_default, st.present, f.core.get.one(ctx, id, obj, err), err);
+    default: return f.tconv(ctx, id, f.core.get.one(ctx, id, obj, err), vlist, st.is_default, st.present, err);
     }
 }
 
