@@ -112,6 +112,17 @@ inline constexpr bool k_plain_data = ((std::is_trivially_copyable_v<T> && std::i
 
 static_assert(k_plain_data<Enum, Flags>);
 
+// The names of the bits set in a flag-set value, as enumerators added to `list`. A failed
+// bit read stays with that bit.
+inline void add_set_bits(const Flags& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* value, gx_do_vlist* list,
+                         uint32_t* err) {
+    for (uint32_t bit = 0; bit < f.count; ++bit) {
+        uint32_t local = 0;
+        const uint32_t set = f.bit(ctx, id, value, bit, &local);
+        if (local == 0 && set != 0) (void)enum_to_vlist(ctx, id, list, 0, 1, f.names[bit], err);
+    }
+}
+
 // ------------------------------------------------------------------ reading a leaf
 // Only the two low bits of a state flag count: bit 0 at default, bit 1 set to a value.
 constexpr bool present_in(uint8_t state) { return (state & 3u) != 0; }

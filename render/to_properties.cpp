@@ -327,11 +327,7 @@ int32_t render_flags(const Flags& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const char*
     if (*err != 0) return 0;
     gx_do_vlist* list = gx_do_vlist_new();
     if (list == nullptr) return k_no_memory;
-    for (uint32_t bit = 0; bit < f.count; ++bit) {
-        uint32_t local = 0;  // a failed bit read stays with that bit
-        const uint32_t set = f.bit(ctx, id, value, bit, &local);
-        if (local == 0 && set != 0) (void)enum_to_vlist(ctx, id, list, 0, 1, f.names[bit], err);
-    }
+    add_set_bits(f, ctx, id, value, list, err);
     const int32_t status = bits_to_properties(ctx, id, name, props, is_default, present, list, err);
     gx_do_vlist_deref(list);
     return status;

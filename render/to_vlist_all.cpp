@@ -318,11 +318,7 @@ int32_t render_flags(const Flags& f, rsl_ctx_t ctx, rsl_ctx_id_t id, const void*
     if (*err != 0) return k_refused;
     gx_do_vlist* names = gx_do_vlist_new();
     if (names == nullptr) return k_no_memory;
-    for (uint32_t bit = 0; bit < f.count; ++bit) {
-        uint32_t local = 0;  // a failed bit read stays with that bit
-        const uint32_t set = f.bit(ctx, id, handle, bit, &local);
-        if (local == 0 && set != 0) (void)enum_to_vlist(ctx, id, names, 0, 1, f.names[bit], err);
-    }
+    add_set_bits(f, ctx, id, handle, names, err);
     const int32_t r = bits_to_vlist(ctx, id, vlist, is_default, present, names, err);
     gx_do_vlist_deref(names);
     return r;
