@@ -69,18 +69,18 @@ int32_t path_take(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, const char*
                   arbor_params_t* params, const void** table_vft_slot, const zan_field_vft* from);
 void path_list(const PathDesc& d, gx_do_nlist* pd_list);
 
-// Whether strncmp(a, b, n) == 0 (n >= 1), `b` being the known text. The first four
-// characters are compared inline (with a constant `b` they are compares against immediates,
-// and most misses end at the first or second), the rest by strncmp: names of one level share long prefixes, which a
-// byte loop would walk slower than the library does.
+// Whether strncmp(a, b, n) == 0 (n >= 1), `b` being the known text. The first K characters
+// are compared inline (with a constant `b` they are compares against immediates, and most
+// misses end at the first or second), the rest by strncmp: names of one level share long
+// prefixes, which a byte loop would walk slower than the library does.
+template <uint32_t K = 4>
 [[gnu::always_inline]] inline bool same_bounded(const char* a, const char* b, uint32_t n) {
-    constexpr uint32_t k_inline = 4;
-#pragma GCC unroll 4
-    for (uint32_t k = 0; k < k_inline && k < n; ++k) {
+#pragma GCC unroll 16
+    for (uint32_t k = 0; k < K && k < n; ++k) {
         if (__builtin_expect(a[k] != b[k], 1)) return false;   // most texts differ early
         if (b[k] == '\0') return true;
     }
-    return n <= k_inline || std::strncmp(a + k_inline, b + k_inline, n - k_inline) == 0;
+    return n <= K || std::strncmp(a + K, b + K, n - K) == 0;
 }
 
 // The path traverser: does this segment name my table? Inline in every generated entry
@@ -198,9 +198,31 @@ struct DispatchDesc {
     uint32_t msg;
 };
 
-// The marker scan: takes every occurrence of the marker out of pdc_list and answers the
-// list the chain may fill (pd_list, or nullptr when the marker was not there).
-gx_do_nlist* open_gate(const DispatchDesc& d, gx_do_nlist* pd_list, gx_do_nlist* pdc_list);
+// A marker found by the scan: traced and taken out of pdc_list.
+void gate_take(const DispatchDesc& d, gx_do_nlist* pdc_list, int32_t index);
+
+// The marker scan: takes every occurrence of the dispatcher's marker out of pdc_list and
+// answers the list the chain may fill: pd_list, or nullptr when the marker was not there
+// (always pd_list when there is no pdc_list). Inline in each dispatcher, with the marker's
+// first twelve characters compared as immediates (markers share "inst_tbl_").
+template <const DispatchDesc& D>
+[[gnu::always_inline]] inline gx_do_nlist* open_gate(gx_do_nlist* pd_list, gx_do_nlist* pdc_list) {
+    if (pdc_list == nullptr) return pd_list;
+    bool found = false;
+    int32_t index = 0;
+    for (gx_do_name* name = gx_do_nlist_get_name(pdc_list, 0); name != nullptr;
+         name = gx_do_nlist_get_name(pdc_list, index)) {
+        const char* text = gx_do_name_get_strname(name);
+        if (text == nullptr) break;
+        if (same_bounded<12>(text, D.marker, D.marker_len + 1)) {
+            gate_take(D, pdc_list, index);   // the next name moves into its place
+            found = true;
+        } else {
+            ++index;
+        }
+    }
+    return found ? pd_list : nullptr;
+}
 
 // After entry `at` took the segment: its query traverser, and the trace of what it answered
 // when that is not success.
@@ -219,7 +241,7 @@ template <const DispatchDesc& D, const PathDesc* const* Paths, std::size_t... I>
                                                gx_do_nlist* pdc_list, arbor_params_t* params, uint32_t request_kind,
                                                const void** table_vft_slot, uint32_t more_segments) {
     static_assert(sizeof...(I) == D.count, "one path traverser per chain entry");
-    gx_do_nlist* const gated = open_gate(D, pd_list, pdc_list);
+    gx_do_nlist* const gated = open_gate<D>(pd_list, pdc_list);
     int32_t path = k_pq_not_here;
     uint32_t at = 0;
     static_cast<void>(
