@@ -87,9 +87,10 @@ template <uint32_t K = 4>
 // point, so that a miss costs the name fetch and one bounded compare (and one more against
 // "*" when candidates are being collected) and nothing else; nothing is allocated before a
 // match.
-[[gnu::always_inline]] inline int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_uri_segment* segment,
-                             gx_do_nlist* pd_list, gx_do_nlist* pdc_list, arbor_params_t* params,
-                             const void** table_vft_slot) {
+[[gnu::always_inline]] inline int32_t path_traverse(const PathDesc& d, rsl_ctx_t ctx, rsl_ctx_id_t id,
+                                                    gx_do_uri_segment* segment, gx_do_nlist* pd_list,
+                                                    gx_do_nlist* pdc_list, arbor_params_t* params,
+                                                    const void** table_vft_slot) {
     // Tables below a parent read the cell on every call, matched or not.
     const zan_field_vft* from =
         d.shape == Shape::root
