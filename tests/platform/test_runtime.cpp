@@ -110,6 +110,8 @@ TEST_F(Allocator, ReusedBlocksKeepTheirBytesAndTheirAccounts) {
     }
 }
 
+// The allocator's own check, or, in the sanitizer builds (which keep no freed block), the
+// address sanitizer's.
 TEST(AllocatorDeathTest, FreeingABlockTwiceStopsTheProcess) {
     EXPECT_DEATH(
         {
@@ -117,7 +119,7 @@ TEST(AllocatorDeathTest, FreeingABlockTwiceStopsTheProcess) {
             __tallow_free(p);
             __tallow_free(p);
         },
-        "already free");
+        "already free|heap-use-after-free");
 }
 
 TEST_F(Allocator, TraversalObjectsSpendThePendingSiteTag) {
