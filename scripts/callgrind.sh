@@ -27,6 +27,9 @@ import glob
 import os
 import sys
 
+sys.path.insert(0, "scripts")
+from bench_table import table  # noqa: E402  the one table printer of the benchmark scripts
+
 out, n = sys.argv[1], int(sys.argv[2])
 units = {}
 order = []
@@ -57,18 +60,8 @@ for name in order:
     count, unit = units[name]
     rows.append([name, f"{per_call[name]:,.0f}", f"{count:g} {unit}", f"{per_call[name] / count:,.1f}"])
 if "resolve_chain_tail" in per_call and "resolve_chain_tail_parent" in per_call:
-    rows.append(["segment last in the whole chain (tail - tail_parent)",
-                 f"{per_call['resolve_chain_tail'] - per_call['resolve_chain_tail_parent']:,.0f}", "1 segment",
-                 f"{per_call['resolve_chain_tail'] - per_call['resolve_chain_tail_parent']:,.1f}"])
-
-
-def table(rows, head):
-    w = [max(len(str(r[i])) for r in rows + [head]) for i in range(len(head))]
-    line = lambda r: "| " + " | ".join(str(c).ljust(x) for c, x in zip(r, w)) + " |"
-    print(line(head))
-    print("|" + "|".join("-" * (x + 2) for x in w) + "|")
-    for r in rows:
-        print(line(r))
+    last = per_call['resolve_chain_tail'] - per_call['resolve_chain_tail_parent']
+    rows.append(["segment last in the whole chain (tail - tail_parent)", f"{last:,.0f}", "1 segment", f"{last:,.1f}"])
 
 
 print(f"Instructions (callgrind Ir), {n} calls per operation, empty loop "
