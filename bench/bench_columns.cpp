@@ -9,6 +9,7 @@
 #include "zan/platform.hpp"
 
 #include "bench_engine.hpp"
+#include "units.hpp"
 
 namespace {
 
@@ -32,10 +33,7 @@ void BM_ColumnsAllTables(benchmark::State& state) {
         }
     }
     state.counters["tables"] = static_cast<double>(tables.size());
-    state.counters["columns"] = static_cast<double>(columns);
-    state.counters["per_column"] = benchmark::Counter(static_cast<double>(columns),
-                                                      benchmark::Counter::kIsIterationInvariantRate |
-                                                          benchmark::Counter::kInvert);
+    count_units(state, "column", static_cast<double>(columns));
 }
 BENCHMARK(BM_ColumnsAllTables)->Unit(benchmark::kMicrosecond);
 
@@ -54,10 +52,7 @@ void columns_of(benchmark::State& state, const char* table) {
         columns = zan::plat::ntlist_len(list);
         zan::plat::ntlist_free(list);
     }
-    state.counters["columns"] = static_cast<double>(columns);
-    state.counters["per_column"] = benchmark::Counter(static_cast<double>(columns),
-                                                      benchmark::Counter::kIsIterationInvariantRate |
-                                                          benchmark::Counter::kInvert);
+    count_units(state, "column", static_cast<double>(columns));
 }
 
 void BM_ColumnsOneLeaf(benchmark::State& state) { columns_of(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }

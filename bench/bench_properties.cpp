@@ -12,6 +12,7 @@
 
 #include "bench_engine.hpp"
 #include "bench_store.hpp"
+#include "units.hpp"
 
 namespace {
 
@@ -52,10 +53,7 @@ void render_table(benchmark::State& state, const char* table) {
         benchmark::DoNotOptimize(row->gx->to_properties(zan::engine::Engine::context(), 0, r, props, 0, &err));
         zan::plat::properties_deref(props);
     }
-    state.counters["attributes"] = static_cast<double>(attributes);
-    state.counters["per_attribute"] = benchmark::Counter(static_cast<double>(attributes),
-                                                         benchmark::Counter::kIsIterationInvariantRate |
-                                                             benchmark::Counter::kInvert);
+    count_units(state, "attribute", static_cast<double>(attributes));
 }
 
 void BM_PropertiesOneLeaf(benchmark::State& state) { render_table(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }

@@ -12,6 +12,7 @@
 
 #include "bench_engine.hpp"
 #include "bench_store.hpp"
+#include "units.hpp"
 
 namespace {
 
@@ -53,9 +54,7 @@ void run(benchmark::State& state, const std::vector<zan::plat::UriSegment>& path
         gx_do_nlist_clear(pdc);
     }
     const double allocs = double(zan::plat::alloc_count() - allocs_before);
-    state.counters["segments"] = double(path.size());
-    state.counters["per_segment"] =
-        benchmark::Counter(double(path.size()), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    count_units(state, "segment", double(path.size()));
     state.counters["allocs"] = benchmark::Counter(allocs, benchmark::Counter::kAvgIterations);
     gx_do_nlist_deref(pd);
     gx_do_nlist_deref(pdc);
@@ -116,9 +115,7 @@ void BM_ResolveWalkGrandchild(benchmark::State& state) {
             break;
         }
     }
-    state.counters["segments"] = 3;
-    state.counters["per_segment"] =
-        benchmark::Counter(3, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    count_units(state, "segment", 3);
     gx_do_nlist_deref(pd);
     gx_do_nlist_deref(pdc);
     zan::plat::uri_deref(uri);

@@ -20,6 +20,7 @@
 #include "bench_engine.hpp"
 #include "bench_store.hpp"
 #include "library_function.hpp"
+#include "units.hpp"
 
 namespace {
 
@@ -77,10 +78,7 @@ void render_all(benchmark::State& state, const char* table) {
         benchmark::DoNotOptimize(t.all(zan::engine::Engine::context(), 0, rec, list, 0, &err));
         gx_do_vlist_deref(list);
     }
-    state.counters["values"] = static_cast<double>(values);
-    state.counters["per_value"] = benchmark::Counter(static_cast<double>(values),
-                                                     benchmark::Counter::kIsIterationInvariantRate |
-                                                         benchmark::Counter::kInvert);
+    count_units(state, "value", static_cast<double>(values));
 }
 
 // Every attribute of the row fetched by name once per iteration, each into one list that is
@@ -117,10 +115,7 @@ void select_all(benchmark::State& state, const char* table) {
     for (auto _ : state)
         for (const std::string& n : names) benchmark::DoNotOptimize(walk(n));
     gx_do_vlist_deref(list);
-    state.counters["attributes"] = static_cast<double>(names.size());
-    state.counters["per_attribute"] = benchmark::Counter(static_cast<double>(names.size()),
-                                                         benchmark::Counter::kIsIterationInvariantRate |
-                                                             benchmark::Counter::kInvert);
+    count_units(state, "attribute", static_cast<double>(names.size()));
 }
 
 // The table's own to_vlist, the operation the engine calls with a client's list of names:
@@ -152,10 +147,7 @@ void table_names(benchmark::State& state, const char* table) {
     for (auto _ : state) benchmark::DoNotOptimize(once());
     gx_do_nlist_deref(nlist);
     zan::plat::uri_deref(uri);
-    state.counters["attributes"] = static_cast<double>(names.size());
-    state.counters["per_attribute"] = benchmark::Counter(static_cast<double>(names.size()),
-                                                         benchmark::Counter::kIsIterationInvariantRate |
-                                                             benchmark::Counter::kInvert);
+    count_units(state, "attribute", static_cast<double>(names.size()));
 }
 
 using pairs_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*);
@@ -194,10 +186,7 @@ void render_pairs(benchmark::State& state, const char* table) {
         gx_do_nlist_deref(names);
         gx_do_vlist_deref(list);
     }
-    state.counters["values"] = static_cast<double>(values);
-    state.counters["per_value"] = benchmark::Counter(static_cast<double>(values),
-                                                     benchmark::Counter::kIsIterationInvariantRate |
-                                                         benchmark::Counter::kInvert);
+    count_units(state, "value", static_cast<double>(values));
 }
 
 void BM_VlistAllOneLeaf(benchmark::State& state) { render_all(state, "tbl_cfg_ip_dhcp_relay_bootp_ignore_eol"); }

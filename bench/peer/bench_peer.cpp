@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "peer_tree.hpp"
+#include "../units.hpp"
 
 namespace {
 
@@ -26,9 +27,7 @@ void BM_PeerFindPath(benchmark::State& state) {
         benchmark::DoNotOptimize(match);
     }
     state.SetLabel(p.grandchild);
-    state.counters["segments"] = 3;
-    state.counters["per_segment"] =
-        benchmark::Counter(3, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    count_units(state, "segment", 3);
 }
 BENCHMARK(BM_PeerFindPath)->Unit(benchmark::kNanosecond);
 
@@ -39,9 +38,7 @@ void print_entry(benchmark::State& state, const lyd_node* entry, size_t leaves) 
         benchmark::DoNotOptimize(lyd_print_mem(&out, entry, LYD_JSON, LYD_PRINT_SHRINK));
         std::free(out);
     }
-    state.counters["attributes"] = double(leaves);
-    state.counters["per_attribute"] = benchmark::Counter(
-        double(leaves), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    count_units(state, "attribute", double(leaves));
 }
 
 // The entry of the row as configured: the attributes that have a value.
@@ -75,9 +72,7 @@ void BM_PeerSchemaLeaves(benchmark::State& state) {
         leaves = out.size();
         benchmark::DoNotOptimize(out.data());
     }
-    state.counters["columns"] = double(leaves);
-    state.counters["per_column"] = benchmark::Counter(
-        double(leaves), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    count_units(state, "column", double(leaves));
 }
 BENCHMARK(BM_PeerSchemaLeaves)->Unit(benchmark::kMicrosecond);
 
