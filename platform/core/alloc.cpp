@@ -113,6 +113,19 @@ uint32_t size_class(std::size_t size) {
     return size <= k_classes * k_class_bytes ? (size == 0 ? 0 : uint32_t((size - 1) / k_class_bytes)) : k_classes;
 }
 
+// A block of the class (a kept one first; a fresh one holds the whole class), or of exactly
+// the size for a block kept by no class.
+Header* take_block(uint32_t cls, std::size_t size) {
+    if (cls == k_classes)
+        return size <= SIZE_MAX - sizeof(Header) ? static_cast<Header*>(std::malloc(sizeof(Header) + size)) : nullptr;
+    if (FreeBlock* b = t_reuse.head[cls]) {
+        t_reuse.head[cls] = b->next;
+        --t_reuse.count[cls];
+        return reinterpret_cast<Header*>(b) - 1;
+    }
+    return static_cast<Header*>(std::malloc(sizeof(Header) + (cls + 1) * k_class_bytes));
+}
+
 // Initial-exec like the counters (four bytes of static TLS): set before every traversal
 // object the front end makes, so each access is one offset from the thread pointer.
 constinit thread_local uint32_t t_pending_tag __attribute__((tls_model("initial-exec"))) = 0;
@@ -160,18 +173,7 @@ void* allocate(uint32_t tag, const char* type, std::size_t size) {
     Header* h = nullptr;
     bool injected = g_alloc_armed.load(std::memory_order_relaxed) && injected_failure(tag);
     const uint32_t cls = k_reuse ? size_class(size) : k_classes;
-    if (injected) {
-    } else if (cls < k_classes) {
-        if (FreeBlock* b = t_reuse.head[cls]) {
-            t_reuse.head[cls] = b->next;
-            --t_reuse.count[cls];
-            h = reinterpret_cast<Header*>(b) - 1;
-        } else {
-            h = static_cast<Header*>(std::malloc(sizeof(Header) + (cls + 1) * k_class_bytes));
-        }
-    } else if (size <= SIZE_MAX - sizeof(Header)) {
-        h = static_cast<Header*>(std::malloc(sizeof(Header) + size));
-    }
+    if (!injected) h = take_block(cls, size);
     if (!h) {
         site->failed.fetch_add(1, std::memory_order_relaxed);
         return nullptr;

@@ -88,8 +88,6 @@ inline bool hit(FaultPoint p) {
 
 void alloc_clear_injection();
 
-
-
 // Memory for an object the platform makes on the front end's behalf. It is accounted
 // under the site tag last given to tallow_set_callsite_tag on this thread (which it
 // consumes; 0 when none is pending) and the given type name. Freed with __tallow_free.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "core.hpp"
 
@@ -91,8 +92,9 @@ struct gx_do_uri {
 // costs no quadratic scan. Names are copied once into the object's arena.
 struct gx_do_properties {
     struct Item {
-        Item(std::string_view n, uint32_t h) : name(n), hash(h) {}
-        Item(std::string_view n, uint32_t h, Value&& v) : name(n), hash(h), value(std::move(v)) {}
+        // The value, or none for a null.
+        template <class... V>
+        Item(std::string_view n, uint32_t h, V&&... v) : name(n), hash(h), value(std::forward<V>(v)...) {}
         std::string_view name;
         uint32_t hash;
         Value value;
@@ -164,26 +166,17 @@ struct gx_do_properties {
             place(uint32_t(items.size() - 1));
     }
 
-    // A name set again keeps its place in the order and takes the new value.
-    void set(std::string_view name, Value&& v) {
+    // A name set again keeps its place in the order and takes the new value; `v` is the
+    // value, or nothing for a null (built in place, with no value moved).
+    template <class... V>
+    void set(std::string_view name, V&&... v) {
         const uint32_t h = hash(name);
         const long i = find(name, h);
         if (i >= 0) {
-            items[size_t(i)].value = std::move(v);
+            items[size_t(i)].value = Value(std::forward<V>(v)...);
             return;
         }
-        items.emplace_back(names.keep(name), h, std::move(v));
-        index_last();
-    }
-
-    void set_null(std::string_view name) {
-        const uint32_t h = hash(name);
-        const long i = find(name, h);
-        if (i >= 0) {
-            items[size_t(i)].value = Value{};
-            return;
-        }
-        items.emplace_back(names.keep(name), h);
+        items.emplace_back(names.keep(name), h, std::forward<V>(v)...);
         index_last();
     }
 };
@@ -411,7 +404,7 @@ gx_do_value* gx_do_nvlist_item_get_value(gx_do_nvlist_item* item) {
 // ------------------------------------------------------------------ properties
 int32_t gx_do_properties_set_null(gx_do_properties* props, const char* name) {
     if (!props || !name || hit(fp_properties_set_null)) return -1;
-    props->set_null(name);
+    props->set(name);
     return 0;
 }
 

@@ -23,13 +23,17 @@ bool overlap(const char* a, size_t alen, const char* b, size_t blen) {
     return x < y + blen && y < x + alen;
 }
 
+// The length of the text in a buffer of `size` bytes (`size` when it holds no terminator).
+// A fresh, empty buffer is the common case and needs no scan.
+size_t used_of(const char* dest, size_t size) { return dest[0] == '\0' ? 0 : strnlen(dest, size); }
+
 }  // namespace
 
 extern "C" {
 
 void __strcat_to_buf(size_t size, char* dest, const char* src) {
     if (!dest || size == 0) return;
-    size_t used = dest[0] == '\0' ? 0 : strnlen(dest, size);   // a fresh buffer is the common case
+    size_t used = used_of(dest, size);
     if (used == size) {   // unterminated: cut to fit
         dest[size - 1] = '\0';
         used = size - 1;
@@ -50,7 +54,7 @@ int32_t strcat_s(char* dest, size_t room, const char* src) {
         dest[0] = '\0';
         return es_null_pointer;
     }
-    size_t used = dest[0] == '\0' ? 0 : strnlen(dest, room);
+    size_t used = used_of(dest, room);
     if (used == room) {
         dest[0] = '\0';
         return es_unterminated;
