@@ -12,6 +12,9 @@ namespace zan::fe::props {
 namespace {
 
 constexpr size_t k_name_max = 256;
+// A name buffer starts empty: it is only ever read up to its terminator (every append writes
+// one, every cut back to the prefix writes one), so its first byte is all that clearing it
+// has to set.
 constexpr size_t k_buffer_size = k_name_max + 1;
 
 // Appends a field text behind the prefix. The buffer ends at len whenever a field is named:
@@ -232,9 +235,6 @@ int32_t extensions(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* pr
 
 int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, gx_do_properties* props,
                const void* obj, int32_t with_state, uint32_t* err) {
-    // The name buffer starts empty. It is only ever read up to its terminator (every append
-    // writes one, every cut back to the prefix writes one), so its first byte is all that
-    // clearing it has to set.
     char buffer[k_buffer_size];
     buffer[0] = '\0';
     const auto default_variant = static_cast<int8_t>(zan_config_defaults_default_get_variant(ctx));
@@ -259,30 +259,21 @@ int32_t render(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix
 
 int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* prefix, gx_do_properties* props,
                     uint32_t* err) {
-    // The name buffer starts empty. It is only ever read up to its terminator (every append
-    // writes one, every cut back to the prefix writes one), so its first byte is all that
-    // clearing it has to set.
     char buffer[k_buffer_size];
     buffer[0] = '\0';
+    // The lenient form (an extension's) takes a null prefix, and then names the first field
+    // without a room check; the strict one traces its null arguments.
+    if (t.lenient ? props == nullptr || err == nullptr : prefix == nullptr || err == nullptr) {
+        if (!t.lenient) trace(t.msg_null_args, LT_LEVEL_ERROR);
+        return k_fail;
+    }
+    if (*err != 0) return 0;
     size_t len = 0;
     bool check_first = true;
-    if (t.lenient) {
-        if (props == nullptr || err == nullptr) return k_fail;
-        if (*err != 0) return 0;
-        if (prefix == nullptr) {
-            if (t.core.count == 0) return 0;
-            check_first = false;
-        } else {
-            len = std::strlen(prefix);
-            if (len > k_name_max) return k_fail;
-            __strcat_to_buf(k_buffer_size, buffer, prefix);
-        }
+    if (prefix == nullptr) {
+        if (t.core.count == 0) return 0;
+        check_first = false;
     } else {
-        if (prefix == nullptr || err == nullptr) {
-            trace(t.msg_null_args, LT_LEVEL_ERROR);
-            return k_fail;
-        }
-        if (*err != 0) return 0;
         len = std::strlen(prefix);
         if (len > k_name_max) return k_fail;
         __strcat_to_buf(k_buffer_size, buffer, prefix);
@@ -295,18 +286,12 @@ int32_t render_null(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* p
         if ((check_first || !first) && k_name_max - len < f.len) return k_fail;
         first = false;
         append_text(buffer, len, f.text, f.len);
-        if (f.core.kind == Kind::nested || f.core.kind == Kind::arm) {
-            const int32_t status = f.nested_null(nullptr, 0, buffer, props, err);
-            if (status != 0) {
-                trace(f.core.msg_null, LT_LEVEL_ERROR);
-                return status;
-            }
-        } else {
-            const int32_t status = gx_do_properties_set_null(props, buffer);
-            if (status != 0) {
-                trace(f.core.msg_null, LT_LEVEL_ERROR);
-                return status;
-            }
+        const int32_t status = f.core.kind == Kind::nested || f.core.kind == Kind::arm
+                                   ? f.nested_null(nullptr, 0, buffer, props, err)
+                                   : gx_do_properties_set_null(props, buffer);
+        if (status != 0) {
+            trace(f.core.msg_null, LT_LEVEL_ERROR);
+            return status;
         }
         buffer[len] = 0;
     }
