@@ -5,8 +5,10 @@
 set -euo pipefail
 job=${1:-}
 
+# libyang-tools: yanglint, which the tests run over the generated YANG module and the
+# tool's RFC 7951 output.
 packages=(cmake ninja-build g++ python3 libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
-          clang-14 libclang-rt-14-dev)
+          clang-14 libclang-rt-14-dev libyang-tools)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -31,7 +31,9 @@ std::span<const Command> commands() {
            {"--attrs", "NAME[,NAME...]", "through the table's to_vlist instead: the values of these attributes "
                                          "in order, and the result; __uri__ asks for the row's path"},
            {"--values", "", "through the table's to_vlist with no names: the whole row as one positional list, "
-                            "labelled by the table's columns"}}},
+                            "labelled by the table's columns"},
+           {"--format", "rfc7951", "instance data of the YANG module zan-config (RFC 7951 JSON); rows below "
+                                   "the top stand under their ancestors' keys"}}},
          cmd_get},
         {{"key", "PATH", "the key of the row(s) at PATH through the table's to_nvlist: \"name = value\" per entry",
           {{"--json", "", "one JSON object per row (key name -> value); several rows as an array"}}},
@@ -42,7 +44,8 @@ std::span<const Command> commands() {
            {"--nth", "N", "take the N-th stored instance in configuration order (default 1)"}}},
          cmd_type},
         {{"dump", "", "every row of the configuration, each reached by its own path and rendered",
-          {{"--json", "", "one JSON object mapping each row's path to its attributes"}}},
+          {{"--json", "", "one JSON object mapping each row's path to its attributes"},
+           {"--format", "rfc7951", "instance data of the YANG module zan-config (RFC 7951 JSON)"}}},
          cmd_dump},
     };
     return list;

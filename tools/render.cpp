@@ -4,6 +4,7 @@
 
 #include "commands.hpp"
 #include "path.hpp"
+#include "zan/rfc7951.hpp"
 
 namespace zanfe {
 
@@ -100,6 +101,32 @@ void append_json_value(std::string& out, const Value& v) {
 
 namespace {
 
+// --format: only rfc7951, which takes the place of the other output forms.
+bool rfc7951_format(const Invocation& inv) {
+    const std::string* format = nullptr;
+    for (const auto& [name, value] : inv.options)
+        if (name == "--format") format = &value;
+    if (!format) return false;
+    if (*format != "rfc7951")
+        throw ToolError("unknown --format '" + *format + "' (the one format is rfc7951)", k_exit_usage);
+    for (const char* other : {"--json", "--with-state"})
+        if (inv.has(other)) throw ToolError(std::string(other) + " does not go with --format rfc7951", k_exit_usage);
+    return true;
+}
+
+// Instance data of the module zan-config; the rows above the printed ones give their keys.
+std::string rfc7951_document(const Session& s, const zan::db::Store& store, const std::vector<RenderedRow>& rows,
+                             const std::vector<const zan::db::Row*>& found) {
+    zan::engine::rfc7951::Rendered given;
+    for (size_t i = 0; i < rows.size(); ++i) given.emplace(found[i], rows[i].items);
+    try {
+        return zan::engine::rfc7951::document(
+            store, given, [&](const zan::db::Row& row) { return render(s, row, false).items; });
+    } catch (const zan::engine::rfc7951::Error& e) {
+        throw ToolError(e.what());
+    }
+}
+
 bool present(const Value& v) { return !std::holds_alternative<zan::plat::Null>(v.v); }
 
 void append_json_row(std::string& out, const RenderedRow& row, bool with_state, const char* indent) {
@@ -167,9 +194,14 @@ void cmd_get(Session& s, const Invocation& inv) {
     if (inv.has("--attrs") || inv.has("--values")) return get_values(s, inv);
     bool one_row = false;
     const std::vector<const zan::db::Row*> found = rows_at(s, inv.args[0], &one_row);
+    const bool yang = rfc7951_format(inv);
     const bool with_state = inv.has("--with-state");
     std::vector<RenderedRow> rows;
     for (const auto* row : found) rows.push_back(render(s, *row, with_state));
+    if (yang) {
+        s.out += rfc7951_document(s, s.rows(), rows, found);
+        return;
+    }
 
     if (inv.has("--json")) {
         if (one_row) {
@@ -194,8 +226,10 @@ void cmd_get(Session& s, const Invocation& inv) {
 void cmd_dump(Session& s, const Invocation& inv) {
     if (!inv.args.empty())
         throw ToolError("'dump' takes no arguments (got '" + inv.args.front() + "')", k_exit_usage);
+    const bool yang = rfc7951_format(inv);
     const zan::db::Store& store = s.rows();
     std::vector<RenderedRow> rows;
+    std::vector<const zan::db::Row*> found;
     for (const auto* table : zan::db::tables()) {
         for (const zan::db::Row* row : store.rows(*table)) {
             const std::string path = row_path(*row);
@@ -215,7 +249,12 @@ void cmd_dump(Session& s, const Invocation& inv) {
             if (w.error || w.rows.size() != 1 || w.rows.front() != row)
                 throw ToolError("row path '" + path + "' does not lead back to its row");
             rows.push_back(render(s, *row, false));
+            found.push_back(row);
         }
+    }
+    if (yang) {
+        s.out += rfc7951_document(s, store, rows, found);
+        return;
     }
     if (inv.has("--json")) {
         s.out += '{';

@@ -13,6 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "rfc7951.hpp"
 #include "zan/config.hpp"
 
 namespace zan::config {
@@ -470,13 +471,17 @@ std::string load_into(db::Store& store, std::string_view text, std::string_view 
     std::string o(origin);
     db::Store fresh;
     std::optional<int32_t> variant;
+    bool yang = false;   // RFC 7951 instance data, loaded as the loader's own document it reads as
     try {
         json doc = parse(text);
+        if ((yang = rfc7951::is_instance_data(doc))) doc = rfc7951::to_tables(doc);
         Loader loader(fresh);
         loader.document(doc);
         variant = loader.default_variant;
     } catch (const Fault& f) {
-        return one_line(o + ": " + place_text(f.place) + ": " + f.what);
+        return one_line(o + ": " + (yang ? rfc7951::place_text(f.place) : place_text(f.place)) + ": " + f.what);
+    } catch (const rfc7951::Fault& f) {
+        return one_line(o + ": " + f.place + ": " + f.what);
     } catch (const json::parse_error& e) {
         // The library's text reads "[json.exception.parse_error.101] parse error at line
         // 3, column 5: <reason>"; keep the reason and give the place ourselves.
