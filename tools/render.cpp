@@ -192,9 +192,9 @@ void cmd_get(Session& s, const Invocation& inv) {
     if (inv.args.size() != 1)
         throw ToolError("'get' takes one PATH (got " + std::to_string(inv.args.size()) + ")", k_exit_usage);
     if (inv.has("--attrs") || inv.has("--values")) return get_values(s, inv);
+    const bool yang = rfc7951_format(inv);
     bool one_row = false;
     const std::vector<const zan::db::Row*> found = rows_at(s, inv.args[0], &one_row);
-    const bool yang = rfc7951_format(inv);
     const bool with_state = inv.has("--with-state");
     std::vector<RenderedRow> rows;
     for (const auto* row : found) rows.push_back(render(s, *row, with_state));

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Writes a configuration (the loader's format) that touches every position of the table
 tree: every table under each of its parents (second entrances too, tbl_cfg_vlan_eol under
-itself as deep as the YANG module goes), every key kind, every union arm (row i of a table
-selects arm i of each union, cycling, so a table has as many rows as its widest union has
-arms), every array, and the attributes with a default both left out and given.
+itself as deep as the YANG module goes), every key kind, every union arm (each union of a
+table selects its arms in turn, row after row, until every union reached has taken each
+arm), every array, and the attributes with a default both left out and given.
 
 Values are distinct and cover the edges of the encodings RFC 7951 gives them: u_int64 above
 2^53 (a string in RFC 7951), negative int16 and int32, IPv4 and IPv6, enumerations and flag
@@ -21,6 +21,7 @@ sys.dont_write_bytecode = True
 import catalogue  # noqa: E402
 
 SELF_LEVELS = 3   # levels of tbl_cfg_vlan_eol the module unrolls
+MAX_ROWS = 400    # rows of one table under one parent, enough for every arm of its unions
 
 
 class Values:
@@ -66,16 +67,21 @@ def arms_max(cat, record):
     return max([here] + [arms_max(cat, f.type) for f in r.all_fields if f.kind == "nested"])
 
 
-def fill(cat, vals, record, prefix, row, index, keys):
-    """Every attribute of a record into row; union arms by index; defaults left out in row 0."""
+def fill(cat, vals, record, prefix, row, index, keys, arms):
+    """Every attribute of a record into row, defaults left out in row 0. Each union type
+    selects its arms in turn wherever it stands (arms: union type -> arms taken so far)."""
     r = cat.records[record]
-    arm = index % len(r.arms) + 1 if r.is_union else 0
+    arm = 0
+    if r.is_union:
+        taken = arms.setdefault(record, [])
+        arm = len(taken) % len(r.arms) + 1
+        taken.append(arm)
     for f in r.all_fields:
         name = prefix + f.name
         if f.kind == "nested":
             if f.arm and f.arm != arm:
                 continue
-            fill(cat, vals, f.type, name + ".", row, index, keys)
+            fill(cat, vals, f.type, name + ".", row, index, keys, arms)
             continue
         if name in keys:
             continue
@@ -87,6 +93,11 @@ def fill(cat, vals, record, prefix, row, index, keys):
         if f.default is not None and index == 0:
             continue
         row[name] = vals.leaf(cat, f)
+
+
+def all_arms_taken(cat, arms):
+    """Whether every union type reached so far has selected each of its arms."""
+    return all(len(set(taken)) == len(cat.records[name].arms) for name, taken in arms.items())
 
 
 def key_values(cat, table, index, vals):
@@ -114,25 +125,25 @@ def key_values(cat, table, index, vals):
 
 def rows_of(cat, pos, vals, self_level, budget):
     table = cat.positions[pos.table]
-    count = max(2, max(arms_max(cat, r) for r in table.rows))
-    rows = []
-    for i in range(count):
+    rows, arms = [], {}
+    i = 0
+    while i < 2 or (not all_arms_taken(cat, arms) and i < MAX_ROWS):
         row = key_values(cat, pos.table, i, vals)
         for r in table.rows:
-            fill(cat, vals, r, "", row, i, row.keys())
+            fill(cat, vals, r, "", row, i, row.keys(), arms)
         if i == 0 and budget:
             children = {}
             for child in [p for p in cat.traversers() if p.parent is not None and p.parent.table == pos.table]:
-                level = self_level
+                level = 1
                 if child.table == pos.table:
                     if self_level >= SELF_LEVELS:
                         continue
                     level = self_level + 1
-                children[child.table] = rows_of(cat, child, vals, level if child.table == pos.table else 1,
-                                                budget - 1)
+                children[child.table] = rows_of(cat, child, vals, level, budget - 1)
             if children:
                 row["children"] = children
         rows.append(row)
+        i += 1
     return rows
 
 
