@@ -34,7 +34,7 @@ INTEGERS = {"u_int8": "uint8", "u_int16": "uint16", "int16": "int16", "u_int32":
             "int32": "int32", "u_int64": "uint64"}
 WORD_TYPES = dict(INTEGERS, rsl_vstring="string", rsl_boolean="boolean",
                   rsl_mac_addr="yang:mac-address", ip_address="inet:ip-address")
-# Typedef names are the catalogue's type names; none may shadow a YANG built-in type.
+# Typedef names are the catalogue's type names, but for these (see typedef_name).
 BUILTINS = {"binary", "bits", "boolean", "decimal64", "empty", "enumeration", "identityref",
             "instance-identifier", "int8", "int16", "int32", "int64", "leafref", "string", "union",
             "uint8", "uint16", "uint32", "uint64"}
@@ -57,9 +57,8 @@ def q(text):
 
 
 def typedef_name(name):
-    if name in BUILTINS:
-        raise YangError(f"type {name} would shadow the YANG built-in type")
-    return name
+    """A catalogue type's typedef: its own name, unless that is a YANG built-in type's."""
+    return name + "-type" if name in BUILTINS else name
 
 
 class Writer:
@@ -172,10 +171,8 @@ class Writer:
                 what += f", elements of {f.type} counted by {f.bound}"
         else:
             self.out(d, f"leaf {f.name} {{")
-            if f.kind == "enum":
-                self.out(d + 1, f"type {f.type};")
-            elif f.kind == "flags":
-                self.out(d + 1, f"type {f.type};")
+            if f.kind in ("enum", "flags"):
+                self.out(d + 1, f"type {typedef_name(f.type)};")
             elif f.kind == "array":   # characters
                 if f.bound.isdigit():
                     self.out(d + 1, f'type string {{ length "0..{f.bound}"; }}')
