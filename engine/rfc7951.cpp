@@ -230,18 +230,8 @@ public:
         : store_(store), rows_(rows), render_(render) {
         // Every row given, and each of its ancestors, is visited; nothing else is.
         for (const auto& [row, items] : rows_) {
-            int self = 0;
-            for (const db::Row* r = row; r; r = db::parent_of(*r)) {
-                const db::Row* up = db::parent_of(*r);
-                if (up && db::table_of(*up).table == db::table_of(*r).table) {
-                    if (++self >= k_self_levels)
-                        fail(std::string(db::table_of(*row).table->name) + " rows nest more than " +
-                             std::to_string(k_self_levels) + " levels deep, the levels the module unrolls");
-                } else {
-                    self = 0;
-                }
-                if (!visit_.insert(r).second) break;
-            }
+            check_self_levels(*row);
+            for (const db::Row* r = row; r && visit_.insert(r).second;) r = db::parent_of(*r);
         }
     }
 
@@ -259,6 +249,17 @@ private:
     const Rendered& rows_;
     const RenderFn& render_;
     std::unordered_set<const db::Row*> visit_;
+
+    // A table that is its own parent stands in the module k_self_levels deep at most.
+    static void check_self_levels(const db::Row& row) {
+        int links = 0;
+        for (const db::Row* r = &row; const db::Row* up = db::parent_of(*r); r = up) {
+            links = db::table_of(*up).table == db::table_of(*r).table ? links + 1 : 0;
+            if (links >= k_self_levels)
+                fail(std::string(db::table_of(*r).table->name) + " rows nest more than " +
+                     std::to_string(k_self_levels) + " levels deep, the levels the module unrolls");
+        }
+    }
 
     void list(Node& into, const TableInfo& pos, const db::Row* parent, const std::string& qualifier) {
         Node* entries = nullptr;

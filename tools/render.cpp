@@ -109,7 +109,7 @@ bool rfc7951_format(const Invocation& inv) {
     if (!format) return false;
     if (*format != "rfc7951")
         throw ToolError("unknown --format '" + *format + "' (the one format is rfc7951)", k_exit_usage);
-    for (const char* other : {"--json", "--with-state"})
+    for (const char* other : {"--json", "--with-state", "--attrs", "--values"})
         if (inv.has(other)) throw ToolError(std::string(other) + " does not go with --format rfc7951", k_exit_usage);
     return true;
 }
@@ -191,8 +191,8 @@ std::vector<const zan::db::Row*> rows_at(Session& s, const std::string& text, bo
 void cmd_get(Session& s, const Invocation& inv) {
     if (inv.args.size() != 1)
         throw ToolError("'get' takes one PATH (got " + std::to_string(inv.args.size()) + ")", k_exit_usage);
-    if (inv.has("--attrs") || inv.has("--values")) return get_values(s, inv);
     const bool yang = rfc7951_format(inv);
+    if (inv.has("--attrs") || inv.has("--values")) return get_values(s, inv);
     bool one_row = false;
     const std::vector<const zan::db::Row*> found = rows_at(s, inv.args[0], &one_row);
     const bool with_state = inv.has("--with-state");

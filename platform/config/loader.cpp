@@ -471,7 +471,7 @@ std::string load_into(db::Store& store, std::string_view text, std::string_view 
     std::string o(origin);
     db::Store fresh;
     std::optional<int32_t> variant;
-    bool yang = false;   // RFC 7951 instance data, loaded as the loader's own document it reads as
+    bool yang = false;   // RFC 7951 instance data, loaded as the loader's own document made of it
     try {
         json doc = parse(text);
         if ((yang = rfc7951::is_instance_data(doc))) doc = rfc7951::to_tables(doc);

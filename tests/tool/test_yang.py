@@ -215,7 +215,8 @@ class Yang(unittest.TestCase):
 
     def test_format_is_checked(self):
         for args in (["dump", "--format", "xml"], ["dump", "--format", "rfc7951", "--json"],
-                     ["get", "/ci_vrf_eol", "--format", "rfc7951", "--with-state"]):
+                     ["get", "/vrf", "--format", "rfc7951", "--with-state"],
+                     ["get", "/vrf", "--format", "rfc7951", "--values"]):
             with self.subTest(args):
                 p = run(ZANFE, *args, check=False)
                 self.assertEqual((p.returncode, p.stdout), (2, ""))
@@ -237,6 +238,10 @@ class Yang(unittest.TestCase):
                 else:
                     self.assertEqual((p.returncode, p.stdout), (1, ""))
                     self.assertIn("nest more than 3 levels deep", p.stderr)
+                # get of the deepest row alone: printed under its ancestors, or refused as dump is
+                path = "".join(f"/cfg_vlan_eol[vlan_num={n}]" for n in range(1, depth + 1))
+                p = run(ZANFE, "--db", f, "get", path, "--format", "rfc7951", check=False)
+                self.assertEqual(p.returncode, 0 if ok else 1, p.stderr)
 
 
 if __name__ == "__main__":
