@@ -104,6 +104,7 @@ private:
             if (!rec) fault(at, "no leaf, container or list " + name + " in the entries of " + std::string(pos.segment));
             member_of(row, *rec, name, "", value, at);
         }
+        for (const TypeInfo* r : table.rows) check_arms(*r, obj, place);
         if (!children.empty()) row["children"] = std::move(children);
         return row;
     }
@@ -123,29 +124,30 @@ private:
     }
 
     void container(json& row, const TypeInfo& rec, const std::string& prefix, const json& obj, const std::string& place) {
-        const FieldInfo* arm = nullptr;
-        std::string arm_at;
         for (const auto& [member, value] : obj.items()) {
             const std::string at = place + "/" + member;
-            const std::string name = local_name(member, at);
-            const FieldInfo* f = rec.field(name);
-            if (f && f->arm && !arm) {
-                arm = f;
-                arm_at = at;
-            }
-            member_of(row, rec, name, prefix, value, at);
+            member_of(row, rec, local_name(member, at), prefix, value, at);
         }
-        if (!arm) return;
-        // Data in an arm the discriminator does not select would be kept but never shown.
-        const auto d = obj.find("descriminator");
-        if (d == obj.end()) fault(arm_at, "arm " + std::string(arm->name) + " given, but no descriminator selects it");
+        check_arms(rec, obj, place);
+    }
+
+    // Data in an arm that the discriminator does not select would be kept but never shown:
+    // an arm given asks for the descriminator that selects it. `obj` holds the members of
+    // the union `rec` (and maybe others', at the level of a row).
+    static void check_arms(const TypeInfo& rec, const json& obj, const std::string& place) {
+        if (!rec.is_union()) return;
+        const json* d = nullptr;
+        for (const auto& [member, value] : obj.items())
+            if (member.substr(member.find(':') + 1) == "descriminator") d = &value;
         for (const auto& [member, value] : obj.items()) {
             const FieldInfo* f = rec.field(member.substr(member.find(':') + 1));
             if (!f || !f->arm) continue;
+            const std::string at = place + "/" + member;
+            if (!d) fault(at, "arm " + std::string(f->name) + " given, but no descriminator selects it");
             const std::string need = "ZAN_CFG_" + std::to_string(f->arm - 1);
             if (*d != json(need))
-                fault(place + "/" + member, "data in arm " + std::string(f->name) + ", which descriminator " +
-                                                kind_of(*d) + " does not select (it needs " + need + ")");
+                fault(at, "data in arm " + std::string(f->name) + ", which descriminator " + kind_of(*d) +
+                              " does not select (it needs " + need + ")");
         }
     }
 

@@ -139,47 +139,44 @@ class Yang(unittest.TestCase):
                          [e["vrf_af_afi"] for e in vrf["vrf_afi"]])
 
     # ------------------------------------------------------------------ refusals
-    def arm_documents(self):
-        """The generated dump with data put into an arm its discriminator does not select."""
+    def arm_document(self, in_row):
+        """The generated dump with data put into an arm its discriminator does not select: of
+        a union that is a row's record (in_row), or one nested in it."""
         doc = json.loads(self.rfc_dump("generated"))
-        unions = {r.name: r for r in self.cat.records.values() if r.is_union}
-        arm_names = {f.name for r in unions.values() for f in r.arms}
+        unions = [r for r in self.cat.records.values() if r.is_union and len(r.arms) > 1]
 
-        def find(node):
+        def find(node, is_row):
+            if is_row == in_row and node.get("descriminator") == "ZAN_CFG_0":
+                return node
             for v in node.values():
-                if isinstance(v, list) and v and isinstance(v[0], dict):
-                    for e in v:
-                        hit = find(e)
-                        if hit:
-                            return hit
-                elif isinstance(v, dict):
-                    if "descriminator" in v and v["descriminator"] == "ZAN_CFG_0":
-                        return v
-                    hit = find(v)
+                for e in v if isinstance(v, list) and v and isinstance(v[0], dict) else []:
+                    hit = find(e, True)
+                    if hit:
+                        return hit
+                if isinstance(v, dict):
+                    hit = find(v, False)
                     if hit:
                         return hit
             return None
-        bad = copy.deepcopy(doc)
-        union = find(bad)
-        chosen = next(k for k in union if k in arm_names)
-        # the union's second arm: its record's first leaf
-        rec = next(r for r in unions.values() if r.arms[0].name == chosen and len(r.arms) > 1)
+        union = find(doc, False)
+        rec = next(r for r in unions if r.arms[0].name in union and all(f.name in union for f in r.fields[:1]))
         second = rec.arms[1]
         leaf = next(f for f in self.cat.records[second.type].all_fields if f.kind == "leaf" and f.word == "int32")
         union[second.name] = {leaf.name: 7}
-        return bad, second.name
+        return doc, second.name
 
     def test_data_in_an_unselected_arm_is_refused_by_yanglint_and_the_loader(self):
-        bad, arm = self.arm_documents()
-        f = self.write("arm.json", bad)
-        p = self.yanglint(f)
-        self.assertNotEqual(p.returncode, 0)
-        self.assertIn("When condition", p.stderr + p.stdout)
-        p = run(ZANFE, "--db", f, "dump", "--json", check=False)
-        self.assertEqual(p.returncode, 1)
-        self.assertEqual(p.stdout, "")
-        self.assertEqual(len(p.stderr.strip().splitlines()), 1, p.stderr)
-        self.assertIn(f"/{arm}: data in arm {arm}", p.stderr)
+        for in_row in (False, True):
+            with self.subTest(in_row=in_row):
+                bad, arm = self.arm_document(in_row)
+                f = self.write(f"arm{in_row}.json", bad)
+                p = self.yanglint(f)
+                self.assertNotEqual(p.returncode, 0)
+                self.assertIn("When condition", p.stderr + p.stdout)
+                p = run(ZANFE, "--db", f, "dump", "--json", check=False)
+                self.assertEqual((p.returncode, p.stdout), (1, ""))
+                self.assertEqual(len(p.stderr.strip().splitlines()), 1, p.stderr)
+                self.assertIn(f"/{arm}: data in arm {arm}", p.stderr)
 
     def test_bad_instance_data_is_refused_with_its_place(self):
         top = PREFIX + "vrf"
