@@ -65,18 +65,20 @@ foreach(pc zanfe zanplatform zanconfig zanengine)
 endforeach()
 
 # The man page, written by help2man from `zanfe --help` and `zanfe --version`.
+# Not in the sanitizer and fuzzing builds, which install nothing.
 find_program(HELP2MAN help2man)
-if(HELP2MAN)
-  add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/zanfe.1
+if(HELP2MAN AND NOT (ZAN_SANITIZE OR ZAN_TSAN OR ZAN_FUZZ))
+  add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/zanfe.1.gz
     COMMAND ${HELP2MAN} --no-info --no-discard-stderr --section=1
             "--name=ask the configuration database front end what it registered"
             --output=${PROJECT_BINARY_DIR}/zanfe.1 $<TARGET_FILE:zanfe_tool>
+    COMMAND gzip -9nf ${PROJECT_BINARY_DIR}/zanfe.1
     DEPENDS zanfe_tool
     COMMENT "Writing the man page of zanfe"
     VERBATIM)
-  add_custom_target(zanfe_man ALL DEPENDS ${PROJECT_BINARY_DIR}/zanfe.1)
-  install(FILES ${PROJECT_BINARY_DIR}/zanfe.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
-else()
+  add_custom_target(zanfe_man ALL DEPENDS ${PROJECT_BINARY_DIR}/zanfe.1.gz)
+  install(FILES ${PROJECT_BINARY_DIR}/zanfe.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+elseif(NOT HELP2MAN)
   message(STATUS "help2man not found: zanfe is installed without its man page")
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/tools/completion/zanfe.bash RENAME zanfe

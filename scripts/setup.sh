@@ -6,7 +6,8 @@ set -euo pipefail
 job=${1:-}
 
 packages=(cmake ninja-build g++ python3 libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
-          clang-14 libclang-rt-14-dev)
+          libcli11-dev clang-14 libclang-rt-14-dev
+          help2man dpkg-dev file pkgconf abigail-tools lintian)   # man page, packages, install check
 
 missing=()
 for p in "${packages[@]}"; do

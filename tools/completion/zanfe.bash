@@ -39,7 +39,15 @@ _zanfe() {
     local help
     help=$("$zanfe" --help 2>/dev/null) || return
     if [[ $cur == -* ]]; then
-        COMPREPLY=($(compgen -W "$(grep -o -- '--[a-z][a-z0-9-]*' <<<"$help" | sort -u)" -- "$cur"))
+        # The global options, and those listed under the command.
+        local options
+        options=$(awk -v cmd="$command" '
+            /^commands:/ { section = "commands"; next }
+            /^options:/ { section = "options"; next }
+            section == "commands" && /^  [a-z]/ { current = $1; next }
+            section == "commands" && /^      --/ && current == cmd { print $1 }
+            section == "options" && /^  -/ { sub(/^-h,/, "", $1); print $1 }' <<<"$help")
+        COMPREPLY=($(compgen -W "$options" -- "$cur"))
         return
     fi
     if [ -z "$command" ]; then
