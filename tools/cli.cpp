@@ -127,21 +127,41 @@ Invocation parse_command_line(std::span<const std::string_view> argv, std::span<
             inv.command = std::string(cmd->name);
             inv.args = words[i];
         }
-    for (const std::string& extra : app.remaining(true)) {
-        if (extra.size() < 2 || extra[0] != '-') {
-            if (cmd) {
+    // What CLI11 left over. Before the command: a word, which names no command, or one of
+    // the command's own options (CLI11 takes those only after it), with its value. Anywhere:
+    // an option that is no one's here.
+    std::vector<std::pair<std::string, std::string>> early;
+    auto leftovers = [&](const std::vector<std::string>& extras, bool before_command) {
+        for (size_t i = 0; i < extras.size(); ++i) {
+            const std::string& extra = extras[i];
+            if (extra.size() < 2 || extra[0] != '-') {
+                if (before_command || !cmd) throw ToolError("unknown command '" + extra + "'", k_exit_usage);
                 inv.args.push_back(extra);
                 continue;
             }
-            throw ToolError("unknown command '" + extra + "'", k_exit_usage);
+            const auto eq = extra.find('=');
+            const std::string name = extra.substr(0, eq);
+            if (const OptionDef* def = cmd && before_command ? find_option(cmd->options, name) : nullptr) {
+                if (def->value_name.empty())
+                    early.emplace_back(name, "");
+                else if (eq != std::string::npos)
+                    early.emplace_back(name, extra.substr(eq + 1));
+                else if (i + 1 < extras.size())
+                    early.emplace_back(name, extras[++i]);
+                else
+                    throw ToolError("option '" + name + "' needs a value", k_exit_usage);
+                continue;
+            }
+            const bool elsewhere = std::any_of(commands.begin(), commands.end(),
+                                               [&](const CommandDef& c) { return find_option(c.options, name); });
+            if (elsewhere && cmd)
+                throw ToolError("option '" + name + "' does not apply to '" + inv.command + "'", k_exit_usage);
+            throw ToolError("unknown option '" + name + "'", k_exit_usage);
         }
-        const std::string name = extra.substr(0, extra.find('='));
-        const bool elsewhere = std::any_of(commands.begin(), commands.end(),
-                                           [&](const CommandDef& c) { return find_option(c.options, name); });
-        if (elsewhere && cmd)
-            throw ToolError("option '" + name + "' does not apply to '" + inv.command + "'", k_exit_usage);
-        throw ToolError("unknown option '" + name + "'", k_exit_usage);
-    }
+    };
+    leftovers(app.remaining(false), true);
+    if (sub) leftovers(sub->remaining(false), false);
+    inv.options = std::move(early);
 
     // The command's own options in the order given, each with its value ("" for a flag).
     if (sub) {
