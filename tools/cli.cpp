@@ -107,7 +107,12 @@ Invocation parse_command_line(std::span<const std::string_view> argv, std::span<
         if (flag) throw ToolError("option '" + name + "' takes no value", k_exit_usage);
     }
 
-    std::vector<std::string> args(argv.rbegin(), argv.rend());   // CLI11 takes them reversed
+    // "--" ends the options: CLI11 sees what stands before it, the words after it are the
+    // command's (CLI11 would hand them to the top level, not to the command).
+    const auto end_of_options = std::find(argv.begin(), argv.end(), std::string_view{"--"});
+    const std::vector<std::string> after(end_of_options == argv.end() ? end_of_options : end_of_options + 1,
+                                         argv.end());
+    std::vector<std::string> args(std::make_reverse_iterator(end_of_options), argv.rend());   // CLI11 wants them reversed
     try {
         app.parse(args);
     } catch (const CLI::ArgumentMismatch& e) {
@@ -162,6 +167,10 @@ Invocation parse_command_line(std::span<const std::string_view> argv, std::span<
     leftovers(app.remaining(false), true);
     if (sub) leftovers(sub->remaining(false), false);
     inv.options = std::move(early);
+    for (const std::string& word : after) {
+        if (!cmd) throw ToolError("unknown command '" + word + "'", k_exit_usage);
+        inv.args.push_back(word);
+    }
 
     // The command's own options in the order given, each with its value ("" for a flag).
     if (sub) {
