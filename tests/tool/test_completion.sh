@@ -51,4 +51,6 @@ check "columns tbl_ntp_peer_e" tbl_ntp_peer_eol
 check "type ntp_peer_cp_c" ntp_peer_cp_cp ntp_peer_cp_cp_1_cp
 # Values of options are not guessed.
 check "resolve --kind "
+check "get --attrs a,b ntp_peer_serv" ntp_peer_server
+check "--lib x get ntp_peer_serv"
 exit $((failures > 0))

@@ -14,30 +14,36 @@ _zanfe() {
     [[ $line =~ [[:space:]]$ ]] || { cur=${parts[-1]}; unset 'parts[-1]'; }
     cur=${cur#[\'\"]}
     local zanfe=${parts[0]} word=${COMP_WORDS[COMP_CWORD]} before=${parts[-1]}
+    local help
+    help=$("$zanfe" --help 2>/dev/null) || return
+    # The options that take a value: those the help shows with one ("--kind N").
+    local valued
+    valued=" $(awk '/^ +--[a-z0-9-]+ [A-Z]/ { printf "%s ", $1 }' <<<"$help")"
     local -a global=() words=()
     local command="" i w prev=""
     # The command, its words so far, and the options that choose library and configuration.
     for ((i = 1; i < ${#parts[@]}; i++)); do
         w=${parts[i]}
-        case "$prev" in
-            --lib|--db|--fail) global+=("$prev" "$w"); prev=""; continue ;;
-            --kind|--nth|--attrs) prev=""; continue ;;
-        esac
+        if [ -n "$prev" ]; then
+            case "$prev" in --lib|--db|--fail) global+=("$prev" "$w") ;; esac
+            prev=""
+            continue
+        fi
         case "$w" in
-            --lib|--db|--fail|--kind|--nth|--attrs) prev=$w ;;
             --lib=*|--db=*|--fail=*) global+=("$w") ;;
-            -*) ;;
+            -*) [[ $valued == *" $w "* ]] && prev=$w ;;
             *) if [ -z "$command" ]; then command=$w; else words+=("$w"); fi ;;
         esac
     done
     [ ${#parts[@]} -gt 1 ] || before=""
     case "$before" in
         --lib|--db) COMPREPLY=($(compgen -f -- "$cur")); return ;;
-        --fail|--kind|--nth|--attrs) COMPREPLY=(); return ;;
     esac
+    if [[ $before == -* && $valued == *" $before "* ]]; then
+        COMPREPLY=()   # values are not guessed
+        return
+    fi
 
-    local help
-    help=$("$zanfe" --help 2>/dev/null) || return
     if [[ $cur == -* ]]; then
         # The global options, and those listed under the command.
         local options
