@@ -53,13 +53,17 @@ std::string_view type_code_word(uint32_t code) {
 
 std::string Engine::default_library_path() {
     if (const char* env = std::getenv("ZANFE_LIBRARY"); env && *env) return env;
+    std::error_code ec;
     const std::string dir = executable_dir();
     if (!dir.empty()) {
-        std::error_code ec;
         auto beside = std::filesystem::path(dir) / "libzanfe.so";
         if (std::filesystem::exists(beside, ec)) return beside.string();
+        // An installed program: the library of the same installation.
+        auto installed = std::filesystem::path(dir) / ZAN_FE_INSTALLED_PATH;
+        if (std::filesystem::exists(installed, ec)) return installed.lexically_normal().string();
     }
-    return ZAN_FE_DEFAULT_PATH;
+    if (std::filesystem::exists(ZAN_FE_DEFAULT_PATH, ec)) return ZAN_FE_DEFAULT_PATH;
+    return ZAN_FE_SONAME;   // by name, from the places the dynamic loader searches
 }
 
 std::optional<std::string> Engine::load(const std::string& path) {

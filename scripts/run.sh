@@ -11,7 +11,12 @@
 #                                         (build-tsan/)
 #   scripts/run.sh fuzz [SECONDS]         each libFuzzer target for SECONDS (default 30) from
 #                                         its seed corpus (build-fuzz/, clang)
-#   scripts/run.sh ci                     test, sanitize, tsan and a short fuzz run: what CI runs
+#   scripts/run.sh install                the install check (tests/install/check.sh): the ABI
+#                                         guard, an install into a temporary prefix, the consumer
+#                                         project through the CMake package and pkg-config, and
+#                                         the Debian packages
+#   scripts/run.sh ci                     test, install, sanitize, tsan and a short fuzz run:
+#                                         what CI runs
 # Installing and building report on standard error, so that standard output of the main
 # job is the tool's alone.
 set -euo pipefail
@@ -20,10 +25,10 @@ cd "$(dirname "$0")/.."
 job=${1:-main}
 [ $# -gt 0 ] && shift
 case "$job" in
-  main|test|bench|sanitize|tsan|fuzz|ci) ;;
+  main|test|bench|sanitize|tsan|fuzz|install|ci) ;;
   *)
     echo "usage: scripts/run.sh main [zanfe arguments] | test | bench [benchmark arguments]" \
-         "| sanitize | tsan | fuzz [seconds] | ci" >&2
+         "| sanitize | tsan | fuzz [seconds] | install | ci" >&2
     exit 2
     ;;
 esac
@@ -70,7 +75,9 @@ case "$job" in
   fuzz) fuzz "${1:-30}"; exit ;;
 esac
 
-cmake -S . -B build -G Ninja >&2
+# Installed under /usr (the Debian packages' prefix, and the multiarch library folder);
+# the install check installs into a temporary prefix instead.
+cmake -S . -B build -G Ninja -DCMAKE_INSTALL_PREFIX=/usr >&2
 
 case "$job" in
   main)
@@ -83,9 +90,14 @@ case "$job" in
     cmake --build build -j2
     exec ctest --test-dir build --output-on-failure -j2
     ;;
+  install)
+    cmake --build build -j2 --target zanfe_tool zan_fe zanconfig zanengine zanfe_man >&2
+    exec bash tests/install/check.sh build
+    ;;
   ci)
     cmake --build build -j2
     ctest --test-dir build --output-on-failure -j2
+    bash tests/install/check.sh build
     sanitize
     tsan
     fuzz 20

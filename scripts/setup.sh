@@ -8,7 +8,8 @@ job=${1:-}
 # libyang-tools: yanglint, which the tests run over the generated YANG module and the
 # tool's RFC 7951 output.
 packages=(cmake ninja-build g++ python3 libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
-          clang-14 libclang-rt-14-dev libyang-tools)
+          libcli11-dev clang-14 libclang-rt-14-dev libyang-tools
+          help2man dpkg-dev file pkgconf abigail-tools lintian)   # man page, packages, install check
 
 missing=()
 for p in "${packages[@]}"; do

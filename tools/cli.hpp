@@ -40,6 +40,7 @@ struct FaultArm {
 
 struct Invocation {
     bool help = false;
+    bool version = false;
     bool trace = false;
     std::optional<std::string> lib;
     std::optional<std::string> db;                // --db: configuration file to load
@@ -53,8 +54,9 @@ struct Invocation {
 
 const std::vector<OptionDef>& global_options();
 
-// Parses argv (without the program name). Options may stand before or after the command;
-// "--" ends the options. Throws ToolError with k_exit_usage for anything it does not know.
+// Parses argv (without the program name) with CLI11. Global options may stand before or
+// after the command, the command's own after it; "--" ends the options. Throws ToolError
+// with k_exit_usage for anything it does not know.
 Invocation parse_command_line(std::span<const std::string_view> argv, std::span<const CommandDef> commands);
 
 std::string usage_text(std::span<const CommandDef> commands);

@@ -14,6 +14,7 @@ using zan::engine::TableRow;
 std::span<const Command> commands() {
     static const std::vector<Command> list{
         {{"tables", "", "list the rows of the table arrays: row, table, path, key", {}}, cmd_tables},
+        {{"types", "", "list the rows of the type arrays: row, type", {}}, cmd_types},
         {{"columns", "[TABLE...]", "column names and type codes of the tables (default: all, in row order)",
           {{"--json", "", "one JSON object: {\"tbl_x\": [[\"column\", code], ...], ...}"}}},
          cmd_columns},
@@ -128,6 +129,16 @@ void cmd_tables(Session& s, const Invocation& inv) {
         s.out += place.path.empty() ? "-" : place.path;
         s.out += '\t';
         s.out += place.key.empty() ? "-" : place.key;
+        s.out += '\n';
+    }
+}
+
+void cmd_types(Session& s, const Invocation& inv) {
+    no_arguments(inv);
+    for (int i = 0; i < s.engine.type_row_count(); ++i) {
+        const zan::engine::TypeRow row = s.engine.type_row(i);
+        s.out += std::to_string(i) + '\t';
+        s.out += row.empty() ? std::string_view{"-"} : row.name();
         s.out += '\n';
     }
 }

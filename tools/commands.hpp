@@ -33,6 +33,7 @@ std::span<const Command> commands();
 std::vector<CommandDef> command_defs();
 
 void cmd_tables(Session& s, const Invocation& inv);
+void cmd_types(Session& s, const Invocation& inv);
 void cmd_columns(Session& s, const Invocation& inv);
 void cmd_resolve(Session& s, const Invocation& inv);
 void cmd_ls(Session& s, const Invocation& inv);

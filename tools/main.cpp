@@ -25,6 +25,10 @@ int run(int argc, char** argv) {
         std::fputs(usage_text(defs).c_str(), stdout);
         return 0;
     }
+    if (inv.version) {
+        std::fputs("zanfe " ZANFE_VERSION "\n", stdout);
+        return 0;
+    }
 
     if (inv.trace) zan::plat::trace_set_sink(print_trace);
     for (const auto& f : inv.faults) {

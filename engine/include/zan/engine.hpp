@@ -127,7 +127,9 @@ public:
     Engine& operator=(const Engine&) = delete;
 
     // Where the front-end library is looked for when no path is given: $ZANFE_LIBRARY,
-    // then libzanfe.so next to the running executable, then the library of this build.
+    // then libzanfe.so next to the running executable, then libzanfe.so.1 of the
+    // installation the executable belongs to (../lib/...), then the library of the build
+    // that made it, and last libzanfe.so.1 by name from the dynamic loader's search path.
     static std::string default_library_path();
 
     // Loads the library, calls its initialiser and takes over what it registered for
