@@ -36,7 +36,7 @@ check "ty" type types
 check "get --with" --with-state
 check "--tr" --trace
 check "ls --a" --all
-check "get --" --json --with-state --attrs --values --help --version --trace --lib --db --fail
+check "get --" --json --with-state --attrs --values --format --help --version --trace --lib --db --fail
 check "tables --j"
 # Path segments and key names, from zanfe ls.
 check "ls vrf[vrf_key_vrf_name=red]/vrf_a" "vrf[vrf_key_vrf_name=red]/vrf_afi"
