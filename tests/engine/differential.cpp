@@ -293,30 +293,27 @@ gx_do_nlist* list_of(bool given, const std::vector<std::optional<std::string>>& 
     return list;
 }
 
+// Calls seen at each fault point, and the allocator's attempts and live blocks (which site
+// each allocation is for shows in the recorded call-site tags).
 struct Counts {
-    std::map<std::string, long> points;
-    std::map<std::pair<uint32_t, std::string>, std::pair<long, long>> sites;
+    std::vector<long> points;
+    long allocs = 0, live = 0;
     static Counts now() {
         Counts c;
-        for (std::string_view p : zan::plat::fault_points()) c.points[std::string(p)] = zan::plat::fault_calls(p);
-        for (const zan::plat::AllocSite& s : zan::plat::alloc_sites())
-            c.sites[{s.tag, s.type_name}] = {s.total, s.live};
+        for (std::string_view p : zan::plat::fault_points()) c.points.push_back(zan::plat::fault_calls(p));
+        c.allocs = zan::plat::alloc_count();
+        c.live = zan::plat::alloc_live();
         return c;
     }
     std::vector<std::string> since(const Counts& before) const {
         std::vector<std::string> out;
-        for (const auto& [p, n] : points) {
-            auto it = before.points.find(p);
-            const long d = n - (it == before.points.end() ? 0 : it->second);
-            if (d != 0) out.push_back(p + " +" + std::to_string(d));
-        }
-        for (const auto& [key, v] : sites) {
-            auto it = before.sites.find(key);
-            const std::pair<long, long> b = it == before.sites.end() ? std::pair<long, long>{0, 0} : it->second;
-            if (v != b)
-                out.push_back("alloc " + std::to_string(key.first) + " " + key.second + " total +" +
-                              std::to_string(v.first - b.first) + " live +" + std::to_string(v.second - b.second));
-        }
+        const auto names = zan::plat::fault_points();
+        for (size_t k = 0; k < points.size(); ++k)
+            if (points[k] != before.points[k])
+                out.push_back(std::string(names[k]) + " +" + std::to_string(points[k] - before.points[k]));
+        if (allocs != before.allocs || live != before.live)
+            out.push_back("alloc attempts +" + std::to_string(allocs - before.allocs) + " live +" +
+                          std::to_string(live - before.live));
         return out;
     }
 };
@@ -342,7 +339,10 @@ Recording run(const zan::engine::Engine& engine, const Case& c, Through through)
     zan::plat::trace_set_sink([](const zan::plat::TraceRecord& t) {
         detail::record(trace_event(t.unit, t.index, t.level, t.text));
     });
-    if (c.fault) zan::plat::fault_fail_nth(c.fault->first, c.fault->second);
+    if (c.fault && c.fault->first == "allocation")
+        zan::plat::alloc_fail_nth(c.fault->second);
+    else if (c.fault)
+        zan::plat::fault_fail_nth(c.fault->first, c.fault->second);
     r.on = true;
     if (through == Through::top_dispatcher)
         out.code = engine.registration().dispatch(zan::engine::Engine::context(), 0, k_gx_ctx, uri, pd, pdc, params, 0,

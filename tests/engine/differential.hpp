@@ -43,7 +43,7 @@ struct Case {
     bool with_pd = true, with_pdc = true;
     std::vector<std::optional<std::string>> pd_names, pdc_names;   // nullopt: a name without text
     const void* slot = nullptr;                                    // the cell's value before
-    std::optional<std::pair<std::string, long>> fault;             // point and n-th call
+    std::optional<std::pair<std::string, long>> fault;   // point ("allocation": the allocator), n-th call
 };
 
 enum class Through { top_dispatcher, chain };

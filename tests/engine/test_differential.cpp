@@ -204,9 +204,10 @@ TEST(Differential, EveryFaultPointAtEachOfItsCalls) {
                 // Which points the request hits, and how often.
                 const diff::Recording clean = diff::run(engine(), c, diff::Through::chain);
                 for (const std::string& count : clean.counts) {
-                    if (count.rfind("alloc ", 0) == 0) continue;
-                    const size_t plus = count.rfind(" +");
-                    const std::string point = count.substr(0, plus);
+                    // "<point> +<calls>", or "alloc attempts +<n> live +<m>".
+                    const bool alloc = count.rfind("alloc attempts +", 0) == 0;
+                    const size_t plus = alloc ? count.find(" +") : count.rfind(" +");
+                    const std::string point = alloc ? "allocation" : count.substr(0, plus);
                     const long calls = std::stol(count.substr(plus + 2));
                     for (long n = 1; n <= calls; ++n) {
                         c.fault = {{point, n}};
