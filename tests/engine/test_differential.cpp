@@ -2,9 +2,9 @@
 // every traverser in turn. Both must leave the same recording (differential.hpp) for every
 // request: each of the 331 positions alone and below its parents, with and without keys,
 // under every request kind, with name lists absent, empty or holding markers (one, two,
-// repeated, sharing a prefix with a real one, behind a name without text), names one
-// character off, "*" in place of each segment and of a key name, and each fault point at
-// each of its calls.
+// repeated, sharing a prefix with a real one, behind a name without text), key names the
+// table does not know, names one character off, "*" in place of each segment and of a key
+// name, and each fault point (and the allocator) at each of its calls.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -145,6 +145,11 @@ TEST(Differential, EveryPositionWithEachKindOfNameList) {
                 expect_same(make(path_to(p, keys), 3, l), what);
                 expect_same(make({{std::string(p->segment), std::nullopt}}, 0, l), what + " alone");
             }
+            // A key name the table does not know: the dispatchers behind the table's own still
+            // scan, and may find the marker its traverser has just stored.
+            auto unknown_key = path_to(p, true);
+            unknown_key.back().keys = Keys{{"no_such_key", "1"}};
+            expect_same(make(unknown_key, 3, l), std::string(p->name) + " with a key it does not know, " + l.what);
             // The segment on its own, then a second one that names nothing.
             auto two = path_to(p, true);
             two.push_back({"no_such_segment", std::nullopt});
