@@ -206,8 +206,8 @@ void gate_take(const DispatchDesc& d, gx_do_nlist* pdc_list, int32_t index);
 // answers the list the chain may fill: pd_list, or nullptr when the marker was not there
 // (always pd_list when there is no pdc_list). Inline in each dispatcher, with the marker's
 // first twelve characters compared as immediates (markers share "inst_tbl_").
-template <const DispatchDesc& D>
-[[gnu::always_inline]] inline gx_do_nlist* open_gate(gx_do_nlist* pd_list, gx_do_nlist* pdc_list) {
+[[gnu::always_inline]] inline gx_do_nlist* scan_markers(const DispatchDesc& d, gx_do_nlist* pd_list,
+                                                        gx_do_nlist* pdc_list) {
     if (pdc_list == nullptr) return pd_list;
     bool found = false;
     int32_t index = 0;
@@ -215,14 +215,19 @@ template <const DispatchDesc& D>
          name = gx_do_nlist_get_name(pdc_list, index)) {
         const char* text = gx_do_name_get_strname(name);
         if (text == nullptr) break;
-        if (same_bounded<12>(text, D.marker, D.marker_len + 1)) {
-            gate_take(D, pdc_list, index);   // the next name moves into its place
+        if (same_bounded<12>(text, d.marker, d.marker_len + 1)) {
+            gate_take(d, pdc_list, index);   // the next name moves into its place
             found = true;
         } else {
             ++index;
         }
     }
     return found ? pd_list : nullptr;
+}
+
+template <const DispatchDesc& D>
+[[gnu::always_inline]] inline gx_do_nlist* open_gate(gx_do_nlist* pd_list, gx_do_nlist* pdc_list) {
+    return scan_markers(D, pd_list, pdc_list);
 }
 
 // After entry `at` took the segment: its query traverser, and the trace of what it answered
@@ -266,6 +271,22 @@ inline int32_t offer(rsl_ctx_t ctx, rsl_ctx_id_t id, uint64_t gx_ctx, gx_do_uri_
                        ...));
     return code;
 }
+
+// ------------------------------------------------------------------ direct offer
+// The segment loop's way to the one traverser that can take a name (segment_loop.cpp):
+// generated tables of the 331 segment texts and of the dispatchers' markers.
+struct SegmentPlace {
+    const PathDesc* path;
+    uint16_t dispatcher;            // the dispatcher's place in the chain, from 0
+    uint16_t at;                    // the traverser's place in that dispatcher's chain
+};
+// The position whose segment text is exactly `name`, or nullptr.
+const SegmentPlace* find_segment(const char* name);
+// The place in the chain of the dispatcher whose marker is exactly `text`, or -1.
+int32_t find_marker(const char* text);
+// The dispatchers in chain order (k_dispatcher_count of them, at most 32).
+extern const DispatchDesc* const k_dispatchers[];
+extern const uint32_t k_dispatcher_count;
 
 // Descriptors are plain constant data, laid out once by the generator.
 static_assert(std::is_trivially_copyable_v<PathDesc> && std::is_standard_layout_v<PathDesc>);

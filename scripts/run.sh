@@ -41,13 +41,14 @@ fuzz() {
   local seconds=$1
   CC=clang-14 CXX=clang++-14 cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DZAN_FUZZ=ON -DZAN_TESTS=OFF -DZAN_BENCH=OFF >&2
-  cmake --build build-fuzz -j2 --target fuzz_path fuzz_config fuzz_resolve fuzz_vlist zan_fe >&2
-  for target in path config resolve vlist; do
-    local corpus=build-fuzz/corpus/$target
-    rm -rf "$corpus" && mkdir -p "$corpus" && cp tests/fuzz/corpus/$target/* "$corpus"/
+  cmake --build build-fuzz -j2 --target fuzz_path fuzz_config fuzz_resolve fuzz_vlist fuzz_differential zan_fe >&2
+  for target in path config resolve vlist differential; do
+    local corpus=build-fuzz/corpus/$target artifacts=build-fuzz/artifacts/$target/
+    rm -rf "$corpus" && mkdir -p "$corpus" "$artifacts" && cp tests/fuzz/corpus/$target/* "$corpus"/
     echo "fuzz: $target for ${seconds}s" >&2
     ZANFE_LIBRARY=$PWD/build-fuzz/frame/libzanfe.so \
       build-fuzz/tests/fuzz/fuzz_$target -max_total_time="$seconds" -max_len=4096 -print_final_stats=1 \
+      -artifact_prefix="$artifacts" \
       "$corpus" 2>&1 | grep -E "stat::number_of_executed_units|stat::peak_rss|ERROR|SUMMARY|Done" >&2
   done
 }

@@ -484,6 +484,76 @@ D_ARGS = ("rsl_ctx_t c, rsl_ctx_id_t i, uint64_t g, gx_do_uri_segment* s, gx_do_
           "arbor_params_t* pa, uint64_t, uint32_t r, const void** v, uint32_t m")
 
 
+def text_switch(texts, found, missing="nullptr", var="s"):
+    """Code finding which of `texts` (all different) the NUL-terminated `var` is: a switch on
+    its length, then on the characters that split the texts of that length, down to one text,
+    which one compare confirms. `found(i)` is the answer for texts[i]."""
+    def split(group, n, depth):
+        if len(group) == 1:
+            i = group[0]
+            return [f"{depth}return std::memcmp({var}, {c_str(texts[i])}, {n}) == 0 ? {found(i)} : {missing};"]
+        # The character that leaves the smallest largest group; ties: the first such.
+        best = min(range(n), key=lambda k: (max(sum(1 for j in group if texts[j][k] == texts[i][k])
+                                                for i in group), k))
+        by = {}
+        for i in group:
+            by.setdefault(texts[i][best], []).append(i)
+        out = [f"{depth}switch ({var}[{best}]) {{"]
+        for ch, sub in by.items():
+            out.append(f"{depth}case {char_lit(ch)}:")
+            out += split(sub, n, depth + "    ")
+        out.append(f"{depth}default: return {missing};")
+        out.append(f"{depth}}}")
+        return out
+
+    by_len = {}
+    for i, t in enumerate(texts):
+        by_len.setdefault(len(t), []).append(i)
+    out = [f"    switch (std::strlen({var})) {{"]
+    for n in sorted(by_len):
+        out.append(f"    case {n}: {{")
+        out += split(by_len[n], n, "        ")
+        out.append("    }")
+    out.append(f"    default: return {missing};")
+    out.append("    }")
+    return out
+
+
+def char_lit(ch):
+    return "'\\''" if ch == "'" else ("'\\\\'" if ch == "\\" else f"'{ch}'")
+
+
+def direct_offer(cat):
+    """Tables of the segment loop's direct offer: the dispatchers in chain order, the place of
+    every segment text, and the lookups of segment texts and markers."""
+    ds = cat.dispatchers
+    if len(ds) > 32:
+        raise CatalogueError("more than 32 dispatchers: the loop keeps their markers in one 32-bit mask")
+    places = []
+    for k, d in enumerate(ds):
+        places += [(p, k, at) for at, p in enumerate(d.chain)]
+    texts = [p.segment for p, _, _ in places]
+    if len(set(texts)) != len(texts):
+        raise CatalogueError("two positions share a segment text")
+    out = ["\n// The segment loop's direct offer: the dispatchers in chain order, and each position with",
+           "// its dispatcher's place in the chain and its own place in that dispatcher's chain.",
+           "namespace zan::fe::resolve {",
+           "extern const DispatchDesc* const k_dispatchers[] = {"]
+    out += [f"    &zan::gen::D_{d.marker}," for d in ds]
+    out.append("};")
+    out.append(f"extern const uint32_t k_dispatcher_count = {len(ds)};")
+    out.append("namespace {\nconstexpr SegmentPlace k_places[] = {")
+    out += [f"    {{&zan::gen::P_{p.name}, {k}, {at}}},  // {p.segment}" for p, k, at in places]
+    out.append("};\n}  // namespace\n")
+    out.append("const SegmentPlace* find_segment(const char* s) {")
+    out += text_switch(texts, lambda i: f"&k_places[{i}]")
+    out.append("}\n")
+    out.append("int32_t find_marker(const char* s) {")
+    out += text_switch([d.marker for d in ds], str, "-1")
+    out.append("}\n}  // namespace zan::fe::resolve\n")
+    return out
+
+
 def resolve_chain(cat, first):
     """The path traversers and the dispatchers in one unit, so that each dispatcher's chain
     inlines the compares of its traversers."""
@@ -527,6 +597,7 @@ def resolve_chain(cat, first):
     out.append("    return zan::fe::resolve::offer<")
     out.append(",\n".join(f"        &{dispatch_fn(d)}" for d in cat.dispatchers) + ">(c, i, g, s, pd, pdc, pa, r, v, m);")
     out.append("}")
+    out += direct_offer(cat)
     return "\n".join(out) + "\n"
 
 

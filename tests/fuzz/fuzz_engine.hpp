@@ -4,6 +4,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "zan/config.hpp"
 #include "zan/engine.hpp"
@@ -38,3 +41,35 @@ void without_leftovers(const char* what, Body body) {
         std::abort();
     }
 }
+
+// Segments of a path written as text: separated by '/', each a name followed by
+// '|'-separated "key=value" parts. A segment ending in '|' has an empty key list; one
+// without '|' has none. At most 65 segments.
+inline std::vector<zan::plat::UriSegment> segments_of(std::string_view text) {
+    std::vector<zan::plat::UriSegment> out;
+    while (true) {
+        const size_t slash = text.find('/');
+        std::string_view seg = text.substr(0, slash);
+        zan::plat::UriSegment s;
+        const size_t bar = seg.find('|');
+        s.name = std::string(seg.substr(0, bar));
+        if (bar != std::string_view::npos) {
+            s.keys.emplace();
+            std::string_view rest = seg.substr(bar + 1);
+            while (!rest.empty()) {
+                const size_t next = rest.find('|');
+                std::string_view part = rest.substr(0, next);
+                const size_t eq = part.find('=');
+                s.keys->emplace_back(std::string(part.substr(0, eq)),
+                                     eq == std::string_view::npos ? std::string() : std::string(part.substr(eq + 1)));
+                if (next == std::string_view::npos) break;
+                rest = rest.substr(next + 1);
+            }
+        }
+        out.push_back(std::move(s));
+        if (slash == std::string_view::npos || out.size() > 64) break;
+        text = text.substr(slash + 1);
+    }
+    return out;
+}
+

@@ -10,41 +10,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string_view>
 
 #include "fuzz_engine.hpp"
-
-namespace {
-
-std::vector<zan::plat::UriSegment> segments_of(std::string_view text) {
-    std::vector<zan::plat::UriSegment> out;
-    while (true) {
-        const size_t slash = text.find('/');
-        std::string_view seg = text.substr(0, slash);
-        zan::plat::UriSegment s;
-        const size_t bar = seg.find('|');
-        s.name = std::string(seg.substr(0, bar));
-        if (bar != std::string_view::npos) {
-            s.keys.emplace();
-            std::string_view rest = seg.substr(bar + 1);
-            while (!rest.empty()) {
-                const size_t next = rest.find('|');
-                std::string_view part = rest.substr(0, next);
-                const size_t eq = part.find('=');
-                s.keys->emplace_back(std::string(part.substr(0, eq)),
-                                     eq == std::string_view::npos ? std::string() : std::string(part.substr(eq + 1)));
-                if (next == std::string_view::npos) break;
-                rest = rest.substr(next + 1);
-            }
-        }
-        out.push_back(std::move(s));
-        if (slash == std::string_view::npos || out.size() > 64) break;
-        text = text.substr(slash + 1);
-    }
-    return out;
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
