@@ -39,10 +39,11 @@ fuzz() {
   cmake --build build-fuzz -j2 --target fuzz_path fuzz_config fuzz_resolve fuzz_vlist zan_fe >&2
   for target in path config resolve vlist; do
     local corpus=build-fuzz/corpus/$target
-    rm -rf "$corpus" && mkdir -p "$corpus" && cp tests/fuzz/corpus/$target/* "$corpus"/
+    rm -rf "$corpus" && mkdir -p "$corpus" build-fuzz/artifacts && cp tests/fuzz/corpus/$target/* "$corpus"/
     echo "fuzz: $target for ${seconds}s" >&2
     ZANFE_LIBRARY=$PWD/build-fuzz/frame/libzanfe.so \
       build-fuzz/tests/fuzz/fuzz_$target -max_total_time="$seconds" -max_len=4096 -print_final_stats=1 \
+      -artifact_prefix=build-fuzz/artifacts/$target- \
       "$corpus" 2>&1 | grep -E "stat::number_of_executed_units|stat::peak_rss|ERROR|SUMMARY|Done" >&2
   done
 }

@@ -255,3 +255,17 @@ TEST_F(Columns, ATableFunctionWithTheWordSetAnswersAtOnceWithoutTrace) {
     }
     EXPECT_TRUE(cap.records().empty());
 }
+
+// The walk has no early exit: after a failed add every later column of the record is still
+// offered, and each finds the error word set.
+TEST_F(Columns, AfterAFailedAddTheWalkGoesOnWithTheWordSet) {
+    const zan_type_to_ntlist_fn f = type_fn("ntp_peer_v6addr_cp_0_cp");   // three leaves
+    uint32_t err = 0;
+    Ntlist list;
+    ASSERT_EQ(f(list.list, "", &err), 0);
+    ASSERT_EQ(list.entries().size(), 3u);
+    const long before = zan::plat::ntlist_add_calls_with_error();
+    zan::plat::fault_fail_nth("arbor_fe_ntlist_add", 1);
+    EXPECT_EQ(f(list.list, "", &err), -1);
+    EXPECT_EQ(zan::plat::ntlist_add_calls_with_error() - before, 2);
+}
