@@ -183,7 +183,8 @@ TEST_F(Props, FailingSetInANestedRecordTracesEveryLevel) {
 TEST_F(Props, NegativeVariantAborts) {
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
     db::set_variant(*rec, -1);
-    EXPECT_DEATH(render("ntp_maxdist_eol", *rec, ""), "");
+    EXPECT_DEATH((fatal_traces_to_stderr(), render("ntp_maxdist_eol", *rec, "")),
+                 "\\[ntp_maxdist_eol Received variant -1 < base version 0\\]");
 }
 
 TEST_F(Props, FailingNullOfAnUnselectedArmIsPassedUpWithBothTraces) {
@@ -376,4 +377,57 @@ TEST_F(Props, DefaultRecordsRenderByTypeWithAllTheirElements) {
             }
         }
     }
+}
+
+// Type rows of base enumerations and flag sets at their edges: a number past the last
+// enumerator fails with 3, the last one renders, bits above a flag set's last are not looked
+// at. The values are read from om_node's enumeration and flag cells.
+TEST_F(Props, BaseTypeRowsAtTheEdgesOfTheirValues) {
+    db::RecordPtr node = db::make_record("om_node");
+    struct Case {
+        const char* type;
+        const char* cell;
+        int64_t value;
+        int32_t result;
+        std::vector<std::string> texts;   // the enumerator, or the set bits' names
+    };
+    const Case cases[] = {
+        {"pak_direction", "obj_type", 2, 0, {"BOTH_DIRECTION"}},
+        {"pak_direction", "obj_type", 3, 3, {}},
+        {"object_status", "obj_type", 6, 0, {"RSL_AOM_STATUS_MAX"}},
+        {"object_status", "obj_type", 7, 3, {}},
+        {"channel_state", "attr_flag", 0x10, 0, {"CHANNEL_STATE_WRITE_SELECT"}},
+        {"channel_state", "attr_flag", 0x7e1, 0, {"CHANNEL_STATE_CONNECTED"}},
+        {"channel_state", "attr_flag", 0x20, 0, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.type) + " " + std::to_string(c.value));
+        fresh();
+        db::set_int(*node, c.cell, c.value);
+        EXPECT_EQ(type_row(c.type)(nullptr, 0, "attr", props, db::handle(*node, c.cell), 0, &err), c.result);
+        if (c.result != 0) {
+            EXPECT_EQ(plat::properties_get(props, "attr"), nullptr);
+            continue;
+        }
+        std::vector<std::string> got;
+        const plat::Value& v = at("attr");
+        if (const auto* e = std::get_if<plat::EnumText>(&v.v)) got.push_back(e->text);
+        if (const auto* l = std::get_if<plat::ValueList>(&v.v))
+            for (const plat::Value& b : *l) got.push_back(std::get<plat::EnumText>(b.v).text);
+        EXPECT_EQ(got, c.texts);
+    }
+}
+
+// A character array reads its characters before the room check: a name that does not fit
+// answers 3 with the length (twice) and the characters already fetched, and sets nothing.
+TEST_F(Props, ACharacterArrayWhoseNameDoesNotFitIsReadFirst) {
+    db::RecordPtr rec = db::make_record("if_name");
+    db::set_text(*rec, "name", "Gi0/1");
+    const long before = plat::fault_calls("accessor");
+    EXPECT_EQ(render("if_name", *rec, std::string(253, 'p').c_str()), 3);   // 253 + "name" > 256
+    EXPECT_EQ(plat::fault_calls("accessor") - before, 3);
+    EXPECT_TRUE(names_of(props).empty());
+    fresh();
+    ASSERT_EQ(render("if_name", *rec, std::string(252, 'p').c_str()), 0);
+    EXPECT_EQ(std::get<std::string>(at(std::string(252, 'p') + "name").v), "Gi0/1");
 }
