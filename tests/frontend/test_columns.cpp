@@ -269,3 +269,22 @@ TEST_F(Columns, AfterAFailedAddTheWalkGoesOnWithTheWordSet) {
     EXPECT_EQ(f(list.list, "", &err), -1);
     EXPECT_EQ(zan::plat::ntlist_add_calls_with_error() - before, 2);
 }
+
+// A prefix that leaves a nested record no room: the nested level writes the one "no space"
+// line and sets 28, and the level above reports its failure on the way out.
+TEST_F(Columns, ANestedLevelWithoutRoomFailsThereAndTheFailureTravelsUp) {
+    const std::string p252(252, 'p');
+    zan::plat::TraceCapture cap;
+    Ntlist list;
+    uint32_t err = 0;
+    EXPECT_EQ(type_fn("vrf_info")(list.list, p252.c_str(), &err), -1);   // "name" fills it: 256 for vrf_name
+    EXPECT_EQ(err, 28u);
+    std::vector<std::string> lines;
+    for (const TraceRecord& r : cap.records()) {
+        EXPECT_EQ(r.level, k_error_level);
+        lines.push_back(r.text);
+    }
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "no space in buffer for attribute name " + p252 + "name.Availbale length is 256",
+                         "vrf_info to_ntlist failed (" + std::string(std::strerror(28)) + ")"}));
+}

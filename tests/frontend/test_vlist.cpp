@@ -1064,3 +1064,19 @@ TEST_F(Vlist, ADiscriminatorWithADefaultIsAtDefaultAtValueOne) {
         EXPECT_EQ(values().at(0).is_default, value == 1);
     }
 }
+
+// The selector's limits hold at a nested level too: a token of 257 characters is refused, one
+// of 256 is only unknown; an error word left by the nested record's accessor makes the next
+// level refuse.
+TEST_F(Vlist, NestedSelectorsRefuseLongTokensAndAPendingWord) {
+    db::RecordPtr rec = db::make_record("ntp_source_eol");
+    EXPECT_EQ(select("ntp_source_eol", rec.get(), "compound_0." + std::string(257, 't')), -1);
+    EXPECT_EQ(select("ntp_source_eol", rec.get(), "compound_0." + std::string(256, 't')), 0);
+    EXPECT_TRUE(values().empty());
+    ASSERT_GT(select("ntp_source_eol", rec.get(), "compound_0.ntp_source_if.handle"), 0);
+    fresh();
+    plat::fault_fail_nth("accessor", 1);   // compound_0's handle
+    EXPECT_EQ(select("ntp_source_eol", rec.get(), "compound_0.ntp_source_if.handle"), -1);
+    EXPECT_EQ(err, 5u);
+    EXPECT_TRUE(values().empty());
+}
