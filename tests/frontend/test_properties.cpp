@@ -431,3 +431,29 @@ TEST_F(Props, ACharacterArrayWhoseNameDoesNotFitIsReadFirst) {
     ASSERT_EQ(render("if_name", *rec, std::string(252, 'p').c_str()), 0);
     EXPECT_EQ(std::get<std::string>(at(std::string(252, 'p') + "name").v), "Gi0/1");
 }
+
+// tbl_threat_visibility_ip_export renders two top records: the key record, then the value
+// record, unless the key record failed (its result comes back at once) or left the word set
+// (0, and the value record is not rendered).
+TEST_F(Props, TheTwoRecordTableRendersItsValueRecordOnlyAfterACleanKey) {
+    db::RowPtr row = db::make_row("tbl_threat_visibility_ip_export");
+    const zan_gx_table_row& t = table_row("tbl_threat_visibility_ip_export");
+    const std::string value_attr = "tv_ip_export_parent_table_key";
+    struct Case {
+        const char* point;   // nullptr: no fault
+        int32_t result;
+        int64_t err;         // -1: whatever the failure left
+        bool value_rendered;
+    };
+    for (const Case& c : {Case{nullptr, 0, 0, true}, Case{"accessor", 0, 5, false},
+                          Case{"gx_do_properties_set_value", -1, -1, false}}) {
+        SCOPED_TRACE(c.point ? c.point : "clean");
+        fresh();
+        if (c.point) plat::fault_fail_nth(c.point, 1);
+        const int32_t r = t.to_properties(nullptr, 0, row.get(), props, 0, &err);
+        plat::fault_clear_all();
+        EXPECT_EQ(r != 0, c.result != 0) << r;
+        if (c.err >= 0) EXPECT_EQ(err, uint32_t(c.err));
+        EXPECT_EQ(plat::properties_get(props, value_attr) != nullptr, c.value_rendered);
+    }
+}

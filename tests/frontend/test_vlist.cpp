@@ -1080,3 +1080,18 @@ TEST_F(Vlist, NestedSelectorsRefuseLongTokensAndAPendingWord) {
     EXPECT_EQ(err, 5u);
     EXPECT_TRUE(values().empty());
 }
+
+// Without state no state flag is read: of vlan_group with three elements only the name, the
+// count and per element the element and the count again (8 reads), in both renderings.
+TEST_F(Vlist, WithoutStateNoStateFlagIsRead) {
+    db::RecordPtr rec = db::make_record("vlan_group");
+    db::set_array(*rec, "vlans", {1, 2, 3});
+    gx_do_properties* props = plat::properties_new();
+    long before = plat::fault_calls("accessor");
+    ASSERT_EQ(type_row("vlan_group")(nullptr, 0, "", props, rec.get(), 0, &err), 0);
+    EXPECT_EQ(plat::fault_calls("accessor") - before, 8) << "to_properties";
+    plat::properties_deref(props);
+    before = plat::fault_calls("accessor");
+    ASSERT_GT(all("vlan_group", rec.get()), 0);
+    EXPECT_EQ(plat::fault_calls("accessor") - before, 8) << "to_vlist_all";
+}
