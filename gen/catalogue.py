@@ -20,7 +20,8 @@ A record field is one of:
   name WORD [default=V]            leaf (WORD a leaf word)
   name enum [ENUM] [default=V]     enumeration leaf; descriminator means zan_cfg_union
   name flags FLAGSET
-  name array ELEM[BOUND]           fixed (BOUND a number) or counted (BOUND a field) array
+  name array ELEM[BOUND]           fixed (BOUND a number) or counted (BOUND a field) array;
+                                   BOUND "field:16": the count is the field's low 16 bits
   name array seq TYPE              sequence of records
   name array chars[BOUND]          character array with its length field or fixed size
   [arm] name. -> TYPE              nested record; "arm" marks a union arm
@@ -67,6 +68,7 @@ class Field:
     default: Optional[str] = None   # '1', '0' or a quoted text
     shape: str = ""           # arrays: 'fixed' | 'counted' | 'seq' | 'chars'
     bound: str = ""           # fixed size, or the count/length field
+    bound_bits: int = 32      # counted arrays: how many low bits of the count field count
     record: "Record" = None
     code: Optional[int] = None    # type code of the column; None for a nested field
 
@@ -458,7 +460,7 @@ class Catalogue:
                 raise CatalogueError(f"record {owner}: flag field {name} names no flag set")
         elif word == "array":
             f.kind = "array"
-            am = re.fullmatch(r"seq (\w+)|chars\[(\w+)\]|(\w+)\[(\w+)\]", extra or "")
+            am = re.fullmatch(r"seq (\w+)|chars\[(\w+)\]|(\w+)\[(\w+)(?::(16))?\]", extra or "")
             if not am:
                 raise CatalogueError(f"record {owner}: array field {name} has no element or bound")
             if am.group(1):
@@ -468,6 +470,10 @@ class Catalogue:
             else:
                 f.type, f.bound = am.group(3), am.group(4)
                 f.shape = "fixed" if f.bound.isdigit() else "counted"
+                if am.group(5):
+                    if f.shape == "fixed":
+                        raise CatalogueError(f"record {owner}: fixed array {name} has no count to cut")
+                    f.bound_bits = 16
         elif extra:
             raise CatalogueError(f"record {owner}: field {name}: unexpected '{extra}'")
         return f

@@ -49,7 +49,8 @@ template <class Kind>
 struct FieldCore {
     Kind kind;
     Default dflt;
-    uint32_t arm;                 // arm number of a union arm; bound of a fixed array
+    uint32_t arm;                 // arm number of a union arm; bound of a fixed array; mask of
+                                  // a counted array's count
     union {
         get_fn one;               // leaves, nested records, arms; sequences: the first element
         element_fn element;       // fixed and counted arrays
@@ -158,6 +159,13 @@ LeafState leaf_state(const FieldCore<Kind>& c, rsl_ctx_t ctx, rsl_ctx_id_t id, c
         s.present = present_in(state);
     }
     return s;
+}
+
+// How many elements an array has now: a fixed array's bound, or the bits of a counted array's
+// count that count. Read before the first element and again after each one.
+template <class Kind>
+uint32_t array_bound(const FieldCore<Kind>& c, rsl_ctx_t ctx, rsl_ctx_id_t id, const void* obj, uint32_t* err) {
+    return c.kind == Kind::counted_array ? c.value(ctx, id, obj, err) & c.arm : c.arm;
 }
 
 // A character array's text, read as every family reads it: its length (the low 16 bits),

@@ -12,7 +12,7 @@
 namespace zan::fe::nlist {
 namespace {
 
-const lt_unit k_unit{"to_nlist_vlist_all", gen::k_to_nlist_vlist_all_format_count, gen::to_nlist_vlist_all_formats};
+constinit const lt_unit& k_unit = gen::k_to_nlist_vlist_all_unit;
 
 void trace(uint32_t msg, uint32_t level = LT_LEVEL_ERROR) {
     if (msg != k_no_msg) __LTf_0(&k_unit, msg, g_arbor_fe_trace_module_id, level);
@@ -100,7 +100,7 @@ int32_t array(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist
         return -1;
     }
     const bool counted = f.core.kind == Kind::counted_array;
-    uint32_t bound = counted ? f.core.value(ctx, id, obj, err) : f.core.arm;
+    uint32_t bound = array_bound(f.core, ctx, id, obj, err);
     for (uint32_t i = 0; i < bound; ++i) {
         if (*err == 0) {
             const int32_t present = with_state != 0 ? present_in(f.core.state.element(ctx, id, obj, i, err)) : 1;
@@ -112,7 +112,7 @@ int32_t array(const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, gx_do_vlist* vlist
                 return r;
             }
         }
-        if (counted) bound = f.core.value(ctx, id, obj, err);
+        if (counted) bound = array_bound(f.core, ctx, id, obj, err);
     }
     const int32_t r = gx_do_vlist_add_array(vlist, list);
     if (r < 0) trace(msg_add);

@@ -87,4 +87,5 @@ SeqStep sequence_elements(const Sequence& s, rsl_ctx_t ctx, rsl_ctx_id_t id, con
 namespace zan::gen {
 extern const char* const to_nlist_vlist_all_formats[];
 extern const uint32_t k_to_nlist_vlist_all_format_count;
+extern const lt_unit k_to_nlist_vlist_all_unit;   // constant data: no code runs for it at load
 }  // namespace zan::gen

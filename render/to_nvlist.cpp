@@ -12,7 +12,7 @@ namespace {
 constexpr uint32_t k_einval = 22;   // no list to fill
 constexpr uint32_t k_efault = 14;   // a key type given nothing to render
 
-const lt_unit k_unit{"to_nvlist", gen::k_to_nvlist_format_count, gen::to_nvlist_formats};
+constinit const lt_unit& k_unit = gen::k_to_nvlist_unit;
 
 }  // namespace
 

@@ -60,4 +60,5 @@ namespace zan::gen {
 // The unit's message table.
 extern const char* const to_nvlist_formats[];
 extern const uint32_t k_to_nvlist_format_count;
+extern const lt_unit k_to_nvlist_unit;   // constant data: no code runs for it at load
 }  // namespace zan::gen

@@ -45,7 +45,7 @@ inline void append_text(char* buffer, size_t len, const char* text, size_t n) {
 constexpr int32_t k_fail = 3;
 constexpr int32_t k_no_memory = 10002;
 
-const lt_unit k_unit{"to_properties", gen::k_to_properties_format_count, gen::to_properties_formats};
+constinit const lt_unit& k_unit = gen::k_to_properties_unit;
 
 void trace(uint32_t msg, uint32_t level) {
     if (msg != k_no_msg) __LTf_0(&k_unit, msg, g_arbor_fe_trace_module_id, level);
@@ -77,7 +77,7 @@ int32_t array(const Type& t, const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, con
     }
     const auto element = f.core.get.element;
     const auto element_state = f.core.state.element;
-    uint32_t bound = counted ? f.core.value(ctx, id, obj, err) : f.core.arm;
+    uint32_t bound = array_bound(f.core, ctx, id, obj, err);
     for (uint32_t i = 0; i < bound; ++i) {
         if (*err == 0) {
             const int32_t present = with_state != 0 ? present_in(element_state(ctx, id, obj, i, err)) : 1;
@@ -88,7 +88,7 @@ int32_t array(const Type& t, const Field& f, rsl_ctx_t ctx, rsl_ctx_id_t id, con
                 return k_fail;
             }
         }
-        if (counted) bound = f.core.value(ctx, id, obj, err);
+        if (counted) bound = array_bound(f.core, ctx, id, obj, err);
     }
     const int32_t status = gx_do_properties_set_array(props, name, list);
     gx_do_vlist_deref(list);
@@ -215,7 +215,7 @@ int32_t extensions(const Type& t, rsl_ctx_t ctx, rsl_ctx_id_t id, const char* pr
         __LTf_0(&k_unit, x.core.msg_null, g_arbor_fe_trace_module_id, LT_LEVEL_DEBUG);
         int32_t status = 0;
         if (x.null != nullptr) {
-            status = x.null(ctx, id, prefix, props, err);
+            status = x.null(nullptr, 0, prefix, props, err);   // as every null rendering is called
         } else {
             // No attributes: only the prefix is checked.
             char scratch[k_buffer_size];

@@ -90,4 +90,5 @@ namespace zan::gen {
 // The unit's message table.
 extern const char* const to_properties_formats[];
 extern const uint32_t k_to_properties_format_count;
+extern const lt_unit k_to_properties_unit;   // constant data: no code runs for it at load
 }  // namespace zan::gen

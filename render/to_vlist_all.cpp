@@ -19,7 +19,7 @@ constexpr size_t k_token_max = 256;
 constexpr int32_t k_refused = -1;
 constexpr int32_t k_no_memory = 10002;
 
-const lt_unit k_unit{"to_vlist_all", gen::k_to_vlist_format_count, gen::to_vlist_formats};
+constinit const lt_unit& k_unit = gen::k_to_vlist_unit;
 
 void trace(uint32_t msg, uint32_t level) {
     if (msg != k_no_msg) __LTf_0(&k_unit, msg, g_arbor_fe_trace_module_id, level);
@@ -68,7 +68,7 @@ int32_t array(const Field& f, const ArrayMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t id
         trace(m.vlist_new, LT_LEVEL_ERROR);
         return k_refused;
     }
-    uint32_t bound = counted ? f.core.value(ctx, id, obj, err) : f.core.arm;
+    uint32_t bound = array_bound(f.core, ctx, id, obj, err);
     for (uint32_t i = 0; i < bound; ++i) {
         if (*err == 0) {
             const int32_t present = with_state != 0 ? present_in(f.core.state.element(ctx, id, obj, i, err)) : 1;
@@ -79,7 +79,7 @@ int32_t array(const Field& f, const ArrayMsgs& m, rsl_ctx_t ctx, rsl_ctx_id_t id
                 return r;
             }
         }
-        if (counted) bound = f.core.value(ctx, id, obj, err);  // the count as it stands after each element
+        if (counted) bound = array_bound(f.core, ctx, id, obj, err);  // the count as it stands after each element
     }
     const int32_t r = gx_do_vlist_add_array(vlist, list);
     gx_do_vlist_deref(list);

@@ -31,11 +31,16 @@ struct KeyArrays {
     gx_do_value** values = nullptr;
     int32_t* positions = nullptr;   // compound keys only
     int32_t read = 0;
-    ~KeyArrays() {
+    // The positions, then the values, then the names.
+    void release() {
         __tallow_free(positions);
         __tallow_free(values);
         __tallow_free(names);
+        positions = nullptr;
+        values = nullptr;
+        names = nullptr;
     }
+    ~KeyArrays() { release(); }
 };
 
 // What the first steps of both templates decide before any memory is taken: answered
@@ -209,7 +214,8 @@ int32_t compound_traverse(const CompoundDesc& c, rsl_ctx_t ctx, rsl_ctx_id_t id,
     a.positions = static_cast<int32_t*>(__tallow_malloc(
         site_tag(d.site + 2), &__TY_tinfot_ptr_int32, __TY_tinfon_int32, &__TY_tinfot_ptr_default,
         __TY_tinfon_default, static_cast<size_t>(static_cast<int64_t>(len)) * sizeof(int32_t)));
-    if (a.positions == nullptr) {   // the arrays are freed on the way out
+    if (a.positions == nullptr) {
+        a.release();   // the two arrays go before the trace
         trace(d.msg + k_qc_positions_failed, LT_LEVEL_ERROR);
         return k_pq_error;
     }

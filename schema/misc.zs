@@ -24,7 +24,7 @@ table tbl_cfg_dev_trk_bt_def_eol segment=U_tbl_cfg_dev_trk_bt_def_eol key=single
 record hostname: singleton_id u_int32; compound_0. -> hostname_name_cp
 record hostname_name_cp: hostname_name_2 rsl_vstring; sys_hostname_alt_3 int32; compound_4. -> hostname_alt_1_cp
 record hostname_alt_1_cp: hostname_name_alt_1 rsl_vstring
-record vlan_group: vlan_group_name rsl_vstring; vlans array u_int16[num_vlans]
+record vlan_group: vlan_group_name rsl_vstring; vlans array u_int16[num_vlans:16]
 record threat_visibility: singleton_id u_int32
 record cfg_http_client_proxy_eol: singleton_id u_int32; http_proxy_name rsl_vstring default="0.0.0.0"; http_proxy_port int16 default=0
 record cfg_classmap: classmap_name rsl_vstring; match_type int32

@@ -59,15 +59,18 @@ class Messages:
         self.formats.append(text)
         return len(self.formats) - 1
 
-    def table(self, unit, header, name):
-        """The unit's table file: k_<name>_format_count and <name>_formats."""
+    def table(self, unit, header, name, unit_name):
+        """The unit's table file: k_<name>_format_count, <name>_formats and the trace unit
+        k_<name>_unit, constant data from load on."""
         n = len(self.formats)
         out = [head("schema/*.zs", f"Message table of the {unit}, in the order the descriptors use them."),
                f'#include "{header}"\n', "namespace zan::gen {",
                f"extern const uint32_t k_{name}_format_count = {n};",
                f"extern const char* const {name}_formats[{n}] = {{"]
         out += [f"    {c_str(m)},  // {i}" for i, m in enumerate(self.formats)]
-        out.append("};\n}  // namespace zan::gen\n")
+        out.append("};")
+        out.append(f'extern constinit const lt_unit k_{name}_unit{{"{unit_name}", {n}, {name}_formats}};')
+        out.append("}  // namespace zan::gen\n")
         return "\n".join(out)
 
     def extension(self, r, e):
@@ -195,6 +198,7 @@ class Unit:
                  "whole_state": self.imp(acc + "_state_flag_whole_get", STATE)}
             if f.shape == "counted":
                 d["value"] = self.imp(f"{t}_{f.bound}_get_value", VALUE)
+                d["arm"] = "0xffffu /* count: low 16 bits */" if f.bound_bits == 16 else "0xffffffffu /* count */"
             else:
                 d["arm"] = f"{f.bound} /* bound */"
             return d

@@ -159,5 +159,6 @@ def files(cat):
                                           [u.decls[k] for k in sorted(u.decls)],
                                           "// Entry points of this family, here or in the other domains.")
            for name, u in sorted(units.items())}
-    out["fe_nlist_messages.cpp"] = msgs.table("to_nlist_vlist_all unit", "to_nlist_vlist_all.hpp", "to_nlist_vlist_all")
+    out["fe_nlist_messages.cpp"] = msgs.table("to_nlist_vlist_all unit", "to_nlist_vlist_all.hpp", "to_nlist_vlist_all",
+                                              "to_nlist_vlist_all")
     return out

@@ -180,7 +180,8 @@ def enums_file(cat, msgs, msg):
     out.append(f"extern const uint32_t k_to_nvlist_format_count = {len(msgs)};")
     out.append(f"extern const char* const to_nvlist_formats[{len(msgs)}] = {{")
     out += [f"    {c_str(m)},  // {i}" for i, m in enumerate(msgs)]
-    out.append("};\n")
+    out.append("};")
+    out.append(f'extern constinit const lt_unit k_to_nvlist_unit{{"to_nvlist", {len(msgs)}, to_nvlist_formats}};\n')
     out.append("namespace nv {\nusing zan::fe::nvlist::Enum;\n")
     shims = []
     for e in enums:

@@ -227,7 +227,7 @@ def files(cat):
         out[f"fe_vlist_{name}.cpp"] = u.file(cat, name, "Rendering to value lists", '#include "fe_vlist_decls.hpp"',
                                              "vlist")
     out["fe_vlist_messages.cpp"] = msgs.table("to_vlist_all unit (whole-type renderings and selectors)",
-                                              "to_vlist_all.hpp", "to_vlist")
+                                              "to_vlist_all.hpp", "to_vlist", "to_vlist_all")
     return out, type_rows(cat)
 
 

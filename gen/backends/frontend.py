@@ -432,8 +432,9 @@ Q_ARGS = ("rsl_ctx_t c, rsl_ctx_id_t i, uint64_t g, gx_do_nvlist* k, gx_do_nlist
           "uint32_t r, uint32_t m")
 
 
-def path_desc(cat, p, first):
-    """The constant descriptor of one path traverser (and its path-query LUID)."""
+def path_desc(cat, p, first, n):
+    """The constant descriptor of one path traverser, the n-th; its path-query LUID is row n of
+    the block k_pq_luids."""
     t = cat.positions[p.table]
     pm, ps = first[("P", p.name)]
     if p.shape == "child":
@@ -443,9 +444,8 @@ def path_desc(cat, p, first):
     else:
         child = "nullptr, nullptr, nullptr, nullptr"
     return [f"\n// {p.name}" + (f" (second entrance of {p.table})" if p.entrance_of else ""),
-            f"constexpr uint8_t pq_{p.name}[16] = {luid_bytes(p.pq)};",
             f"constexpr PathDesc P_{p.name}{{{c_str(p.segment)}, {len(p.segment)}, {c_str(p.label_p)}, "
-            f"{c_str(p.marker)}, pq_{p.name}, table_{t.name}_luid, &{t.name}_table_field_vft, {child}, "
+            f"{c_str(p.marker)}, k_pq_luids[{n}], table_{t.name}_luid, &{t.name}_table_field_vft, {child}, "
             f"{pm}, {ps}, {SHAPE[p.shape]}}};"]
 
 
@@ -569,8 +569,12 @@ def resolve_chain(cat, first):
     out += ["// Path traversers: segment, its length, label, marker, path-query LUID, table LUID, table vector,",
             "//   parent row field, parent table LUID, child link field, link field lookup,",
             "//   first message, first site, shape"]
-    for p in cat.traversers():
-        out += path_desc(cat, p, first)
+    out.append("// The path-query LUIDs, one read-only block in the order of the traversers.")
+    out.append(f"constexpr uint8_t k_pq_luids[{len(cat.traversers())}][16] = {{")
+    out += [f"    {luid_bytes(p.pq)},  // {p.name}" for p in cat.traversers()]
+    out.append("};")
+    for n, p in enumerate(cat.traversers()):
+        out += path_desc(cat, p, first, n)
     out.append("\n// Chains: the path traversers in order, then per entry its query traverser and label")
     for d in cat.dispatchers:
         out.append(f"constexpr const PathDesc* paths_{d.marker}[] = {{")
@@ -864,7 +868,8 @@ def props_files(cat):
         files[f"fe_props_{name}.cpp"] = u.file(
             cat, name, "Rendering to properties", '#include "to_properties.hpp"', "props",
             dict.fromkeys(protos + u.defined), "// Entry points of this family, here or in the other domains, and of the leaf library.")
-    files["fe_props_messages.cpp"] = msgs.table("to_properties unit", "to_properties.hpp", "to_properties")
+    files["fe_props_messages.cpp"] = msgs.table("to_properties unit", "to_properties.hpp", "to_properties",
+                                                   "to_properties")
     return files, rendered, tables
 
 

@@ -52,6 +52,21 @@ AllocState& state() {
 
 std::atomic<bool> g_alloc_armed{false};
 
+// The watch, as the trace keeps its sink: one load while none is set.
+std::atomic<bool> g_watching{false};
+std::mutex g_watch_m;
+std::shared_ptr<const zan::plat::AllocWatch> g_watch;
+
+void tell(const zan::plat::AllocCall& call) {
+    std::shared_ptr<const zan::plat::AllocWatch> w;
+    {
+        std::lock_guard lock(g_watch_m);
+        w = g_watch;
+    }
+    if (w) (*w)(call);
+}
+inline bool watching() { return g_watching.load(std::memory_order_relaxed); }
+
 // Small per-thread cache from (tag, type name) to the site record: a thread pays the
 // lookup under the lock once per site.
 struct CacheEntry {
@@ -195,6 +210,12 @@ void alloc_clear_injection() {
     g_alloc_armed.store(false, std::memory_order_relaxed);
 }
 
+uint32_t take_pending_tag() {
+    const uint32_t tag = t_pending_tag;
+    t_pending_tag = 0;
+    return tag;
+}
+
 void* tagged_alloc(std::size_t size, const char* type_name) {
     uint32_t tag = t_pending_tag;
     t_pending_tag = 0;
@@ -207,19 +228,30 @@ using namespace zan::plat::detail;
 
 extern "C" {
 
-void* __tallow_malloc(uint32_t site, uint64_t*, const char* type_name, uint64_t*, const char*, size_t size) {
-    return allocate(site, type_name, size);
+void* __tallow_malloc(uint32_t site, uint64_t* type_cell, const char* type_name, uint64_t* pool_cell,
+                      const char* pool_name, size_t size) {
+    void* p = allocate(site, type_name, size);
+    if (watching()) [[unlikely]]
+        tell({zan::plat::AllocCall::malloc, site, type_cell, type_name, pool_cell, pool_name, p});
+    return p;
 }
 
-char* __tallow_strdup(uint32_t site, uint64_t*, const char* type_name, uint64_t*, const char*, const char* text) {
-    if (!text) return nullptr;
-    std::size_t n = std::strlen(text) + 1;
-    auto* p = static_cast<char*>(allocate(site, type_name, n));
-    if (p) std::memcpy(p, text, n);
+char* __tallow_strdup(uint32_t site, uint64_t* type_cell, const char* type_name, uint64_t* pool_cell,
+                      const char* pool_name, const char* text) {
+    char* p = nullptr;
+    if (text) {
+        std::size_t n = std::strlen(text) + 1;
+        p = static_cast<char*>(allocate(site, type_name, n));
+        if (p) std::memcpy(p, text, n);
+    }
+    if (watching()) [[unlikely]]
+        tell({zan::plat::AllocCall::strdup, site, type_cell, type_name, pool_cell, pool_name, p});
     return p;
 }
 
 void __tallow_free(void* p) {
+    if (watching()) [[unlikely]]
+        tell({zan::plat::AllocCall::free, 0, nullptr, nullptr, nullptr, nullptr, p});
     if (!p) return;
     Header* h = static_cast<Header*>(p) - 1;
     if (h->magic != k_magic_live) {
@@ -245,6 +277,14 @@ void tallow_set_callsite_tag(uint32_t site) { t_pending_tag = site; }
 }  // extern "C"
 
 namespace zan::plat {
+
+void alloc_set_watch(AllocWatch watch) {
+    std::lock_guard lock(g_watch_m);
+    g_watch = watch ? std::make_shared<const AllocWatch>(std::move(watch)) : nullptr;
+    g_watching.store(g_watch != nullptr, std::memory_order_release);
+}
+
+void alloc_clear_watch() { alloc_set_watch(nullptr); }
 
 long alloc_live() {
     AllocState& s = state();

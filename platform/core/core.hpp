@@ -39,6 +39,12 @@ enum FaultPoint : unsigned {
     fp_params_set_last,
     fp_register_gx_vectors,
     fp_get_field,
+    fp_pq_luid_set,
+    fp_pq_set,
+    fp_id_luid_set,
+    fp_id_field_set,
+    fp_id_vec_set,
+    fp_deref_table_get,
     k_fault_points
 };
 extern const std::string_view k_fault_point_names[k_fault_points];
@@ -54,6 +60,7 @@ enum Counter : unsigned {
     c_live_properties,
     c_live_strbuf,
     c_live_traversals,
+    c_ntlist_add_pending,
     k_counters
 };
 
@@ -87,6 +94,12 @@ inline bool hit(FaultPoint p) {
 }
 
 void alloc_clear_injection();
+void value_add_answer_reset();
+extern std::atomic<int32_t> g_value_add_answer;
+
+// The call-site tag last given to tallow_set_callsite_tag on this thread, spent (0 when
+// none is pending).
+uint32_t take_pending_tag();
 
 // Memory for an object the platform makes on the front end's behalf. It is accounted
 // under the site tag last given to tallow_set_callsite_tag on this thread (which it

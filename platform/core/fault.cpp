@@ -33,7 +33,16 @@ const std::string_view k_fault_point_names[k_fault_points] = {
     "arbor_params_t_set_last",
     "arbor_register_fe_gx_vectors",
     "get_field",
+    "arbor_traverse_pq_luid_set_mem",
+    "arbor_traverse_pq_set_value",
+    "arbor_id_type_luid_set_mem",
+    "arbor_id_field_id_set_value",
+    "arbor_traverse_arbor_id_vec_set",
+    "arbor_traverse_deref_table_get",
 };
+
+std::atomic<int32_t> g_value_add_answer{-1};
+void value_add_answer_reset() { g_value_add_answer.store(-1, std::memory_order_relaxed); }
 
 namespace {
 
@@ -177,7 +186,12 @@ void fault_clear_all() {
         for (auto& [name, d] : s.dynamic) d.arm = Arm{};
     }
     alloc_clear_injection();
+    value_add_answer_reset();
 }
+
+void fault_set_value_add_answer(int32_t answer) { g_value_add_answer.store(answer, std::memory_order_relaxed); }
+
+long ntlist_add_calls_with_error() { return counter_sum(c_ntlist_add_pending); }
 
 long fault_calls(std::string_view point) {
     int i = point_index(point);

@@ -195,7 +195,9 @@ static_assert(sizeof(IterState) <= sizeof(gx_do_iter::state), "iterator state mu
 int32_t iter_start(const void* list, IterKind kind, gx_do_iter* it) {
     if (!it) return -1;
     IterState st{nullptr, 0, it_none};
-    bool prepared = it->first == 1 && it->second == -1;
+    // The fixed initial content: 1, -1, then 24 zero bytes; any other record is refused.
+    static constexpr uint8_t k_zero[sizeof it->state] = {};
+    bool prepared = it->first == 1 && it->second == -1 && std::memcmp(it->state, k_zero, sizeof k_zero) == 0;
     if (prepared && list) st = IterState{list, 0, kind};
     std::memcpy(it->state, &st, sizeof st);
     return prepared ? 0 : -1;
@@ -530,7 +532,8 @@ const Value* properties_get(gx_do_properties* props, std::string_view name) {
 }
 
 int32_t properties_set(gx_do_properties* props, std::string_view name, Value&& v) {
-    if (!props || hit(fp_properties_set_value)) return -1;
+    if (!props) return -1;
+    if (hit(fp_properties_set_value)) return g_value_add_answer.load(std::memory_order_relaxed);
     props->set(name, std::move(v));
     return 0;
 }
@@ -551,13 +554,15 @@ ValueList vlist_values(gx_do_vlist* list) { return list ? list->values : ValueLi
 NameValueList nvlist_items(gx_do_nvlist* list) { return list ? list->items : NameValueList{}; }
 
 int32_t vlist_add(gx_do_vlist* list, Value v) {
-    if (!list || hit(fp_vlist_add_value)) return -1;
+    if (!list) return -1;
+    if (hit(fp_vlist_add_value)) return g_value_add_answer.load(std::memory_order_relaxed);
     list->values.push_back(std::move(v));
     return as_count(list->values.size());
 }
 
 int32_t nvlist_add(gx_do_nvlist* list, std::string_view name, Value v) {
-    if (!list || hit(fp_nvlist_add_value)) return -1;
+    if (!list) return -1;
+    if (hit(fp_nvlist_add_value)) return g_value_add_answer.load(std::memory_order_relaxed);
     list->items.push_back(NamedValue{std::string(name), std::move(v)});
     return as_count(list->items.size());
 }

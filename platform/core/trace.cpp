@@ -72,7 +72,7 @@ bool conversions_match(const char* fmt, const char* sig) {
     return *sig == a_end;
 }
 
-void emit(const lt_unit* unit, uint32_t index, uint32_t level, const char* sig, ...) {
+void emit(const lt_unit* unit, uint32_t index, uint16_t module, uint32_t level, const char* sig, ...) {
     std::shared_ptr<const TraceSink> sink = current_sink();
     if (!sink) return;
     try {
@@ -80,6 +80,7 @@ void emit(const lt_unit* unit, uint32_t index, uint32_t level, const char* sig, 
         rec.unit = unit && unit->name ? unit->name : "";
         rec.index = index;
         rec.level = level;
+        rec.module = module;
         const char* fmt = unit && unit->formats && index < unit->count ? unit->formats[index] : nullptr;
         if (!fmt) {
             char buf[64];
@@ -163,33 +164,33 @@ using zan::plat::listening;
 
 extern "C" {
 
-void __LTf_0(const lt_unit* unit, uint32_t index, uint16_t, uint32_t level) {
+void __LTf_0(const lt_unit* unit, uint32_t index, uint16_t module, uint32_t level) {
     if (listening()) [[unlikely]]
-        emit(unit, index, level, "");
+        emit(unit, index, module, level, "");
 }
-void __LTf_1(const lt_unit* unit, uint32_t index, uint16_t, uint32_t level, const char* a) {
+void __LTf_1(const lt_unit* unit, uint32_t index, uint16_t module, uint32_t level, const char* a) {
     if (listening()) [[unlikely]]
-        emit(unit, index, level, "s", a);
+        emit(unit, index, module, level, "s", a);
 }
-void __LTf_4(const lt_unit* unit, uint32_t index, uint16_t, uint32_t level, uint32_t a) {
+void __LTf_4(const lt_unit* unit, uint32_t index, uint16_t module, uint32_t level, uint32_t a) {
     if (listening()) [[unlikely]]
-        emit(unit, index, level, "u", a);
+        emit(unit, index, module, level, "u", a);
 }
-void __LTf_11(const lt_unit* unit, uint32_t index, uint16_t, uint32_t level, const char* a, const char* b) {
+void __LTf_11(const lt_unit* unit, uint32_t index, uint16_t module, uint32_t level, const char* a, const char* b) {
     if (listening()) [[unlikely]]
-        emit(unit, index, level, "ss", a, b);
+        emit(unit, index, module, level, "ss", a, b);
 }
-void __LTf_14(const lt_unit* unit, uint32_t index, uint16_t, uint32_t level, const char* a, uint32_t b) {
+void __LTf_14(const lt_unit* unit, uint32_t index, uint16_t module, uint32_t level, const char* a, uint32_t b) {
     if (listening()) [[unlikely]]
-        emit(unit, index, level, "su", a, b);
+        emit(unit, index, module, level, "su", a, b);
 }
-void __LTf_15(const lt_unit* unit, uint32_t index, uint16_t, uint32_t level, const char* a, size_t b) {
+void __LTf_15(const lt_unit* unit, uint32_t index, uint16_t module, uint32_t level, const char* a, size_t b) {
     if (listening()) [[unlikely]]
-        emit(unit, index, level, "sz", a, b);
+        emit(unit, index, module, level, "sz", a, b);
 }
-void __LTf_44(const lt_unit* unit, uint32_t index, uint16_t, uint32_t level, uint32_t a, uint32_t b) {
+void __LTf_44(const lt_unit* unit, uint32_t index, uint16_t module, uint32_t level, uint32_t a, uint32_t b) {
     if (listening()) [[unlikely]]
-        emit(unit, index, level, "uu", a, b);
+        emit(unit, index, module, level, "uu", a, b);
 }
 
 }  // extern "C"

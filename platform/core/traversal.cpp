@@ -142,12 +142,17 @@ arbor_id* arbor_traverse_deref_table_get(rsl_ctx_t, rsl_ctx_id_t, arbor_traverse
         fail(err, EINVAL);
         return nullptr;
     }
+    if (hit(fp_deref_table_get)) {
+        fail(err, EIO);
+        return nullptr;
+    }
     return &t->deref_table;
 }
 
 void arbor_traverse_pq_set_value(rsl_ctx_t, rsl_ctx_id_t, arbor_traverse* t, uint32_t pq, uint32_t* err) {
     if (pending(err)) return;
     if (!t) return fail(err, EINVAL);
+    if (hit(fp_pq_set)) return fail(err, EIO);
     t->pq = pq;
     t->pq_set = true;
 }
@@ -157,6 +162,7 @@ void arbor_traverse_pq_luid_set_mem(rsl_ctx_t, rsl_ctx_id_t, arbor_traverse* t, 
     if (pending(err)) return;
     if (!t) return fail(err, EINVAL);
     if (!luid_ok(luid, len, err)) return;
+    if (hit(fp_pq_luid_set)) return fail(err, EIO);
     std::memcpy(t->pq_luid, luid, ZAN_LUID_LEN);
     t->has_pq_luid = true;
 }
@@ -165,6 +171,10 @@ void arbor_traverse_arbor_id_vec_set(rsl_ctx_t, rsl_ctx_id_t, arbor_traverse* t,
                                      const arbor_id* aid, uint32_t* err) {
     if (pending(err)) return;
     if (!t || !aid || index > 1) return fail(err, EINVAL);
+    if (hit(fp_id_vec_set)) {
+        take_pending_tag();   // spent either way
+        return fail(err, EIO);
+    }
     void* mem = tagged_alloc(sizeof(arbor_id), "arbor_id");
     if (!mem) return fail(err, ENOMEM);
     free_id(t->id_vec[index]);
@@ -210,6 +220,7 @@ void arbor_id_type_luid_set_mem(rsl_ctx_t, rsl_ctx_id_t, arbor_id* aid, const ui
     if (pending(err)) return;
     if (!aid) return fail(err, EINVAL);
     if (!luid_ok(luid, len, err)) return;
+    if (hit(fp_id_luid_set)) return fail(err, EIO);
     std::memcpy(aid->v.type_luid, luid, ZAN_LUID_LEN);
     aid->v.luid_set = true;
 }
@@ -217,6 +228,7 @@ void arbor_id_type_luid_set_mem(rsl_ctx_t, rsl_ctx_id_t, arbor_id* aid, const ui
 void arbor_id_field_id_set_value(rsl_ctx_t, rsl_ctx_id_t, arbor_id* aid, uint32_t field_id, uint32_t* err) {
     if (pending(err)) return;
     if (!aid) return fail(err, EINVAL);
+    if (hit(fp_id_field_set)) return fail(err, EIO);
     aid->v.field_id = field_id;
     aid->v.field_set = true;
 }
@@ -269,7 +281,7 @@ int32_t arbor_register_fe_gx_vectors(const char* context, const void* gx_dispatc
 
 // ------------------------------------------------------------------ column lists
 void arbor_fe_ntlist_add(arbor_ntlist* list, const char* name, uint32_t type_code, uint32_t* err) {
-    if (pending(err)) return;
+    if (pending(err)) return count(c_ntlist_add_pending);
     if (!list || !name) return fail(err, EINVAL);
     if (hit(fp_ntlist_add)) return fail(err, EIO);
     list->entries.push_back(arbor_ntlist::Entry{list->names.keep(name), type_code});

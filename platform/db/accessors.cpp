@@ -103,7 +103,7 @@ uint8_t element_state(const FieldDesc& f, const void* obj, uint32_t i, uint32_t*
 
 uint32_t bound_value(const FieldDesc& f, const void* obj, uint32_t* err) {
     const Slot* s = slot_of(f, obj, err);
-    return s ? s->count : 0;
+    return scripted_bound(s ? s->count : 0);
 }
 
 void chars(const FieldDesc& f, const void* obj, char* buf, uint32_t size, uint32_t* err) {
@@ -163,6 +163,7 @@ void* key_create(const RecordDesc& rd) {
 }
 
 void key_set(const FieldDesc& f, void* rec, const void* obj, uint32_t* err) {
+    key_calls_of_thread().set_tags.emplace_back(f.name, detail::take_pending_tag());
     if (detail::hit(detail::fp_accessor)) {
         fail(err, 5);
         return;

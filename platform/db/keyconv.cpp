@@ -36,14 +36,33 @@ std::optional<std::string> key_text(const gx_do_value* value) {
     return std::visit(KeyTextOf{}, v->v);
 }
 
+thread_local KeyCalls t_key_calls;
+thread_local std::vector<uint32_t> t_bound_script;
+thread_local size_t t_bound_next = 0;
+
 }  // namespace
+
+KeyCalls& key_calls_of_thread() { return t_key_calls; }
+const KeyCalls& key_calls() { return t_key_calls; }
+void key_calls_clear() { t_key_calls = KeyCalls{}; }
+
+void bound_script(std::vector<uint32_t> answers) {
+    t_bound_script = std::move(answers);
+    t_bound_next = 0;
+}
+
+uint32_t scripted_bound(uint32_t stored) {
+    return t_bound_next < t_bound_script.size() ? t_bound_script[t_bound_next++] : stored;
+}
+
 }  // namespace zan::db
 
 extern "C" {
 
-void arbor_fe_gx_rsltype_get_data(rsl_ctx_t, rsl_ctx_id_t, uint64_t, uint32_t, gx_do_value* value,
+void arbor_fe_gx_rsltype_get_data(rsl_ctx_t, rsl_ctx_id_t, uint64_t, uint32_t flag, gx_do_value* value,
                                   const uint8_t* field_luid, void** data, uint32_t* len, uint32_t* err) {
     using namespace zan::db;
+    t_key_calls.data_flags.push_back(flag);
     if (data) *data = nullptr;
     if (len) *len = 0;
     if (!data || !len || (err && *err)) return fail(err, k_einval);
@@ -59,9 +78,10 @@ void arbor_fe_gx_rsltype_get_data(rsl_ctx_t, rsl_ctx_id_t, uint64_t, uint32_t, g
     *len = uint32_t(bytes->size());
 }
 
-void* arbor_fe_gx_rsltype_get_rsl_obj(rsl_ctx_t, rsl_ctx_id_t, uint64_t, uint32_t, gx_do_value* value,
+void* arbor_fe_gx_rsltype_get_rsl_obj(rsl_ctx_t, rsl_ctx_id_t, uint64_t, uint32_t flag, gx_do_value* value,
                                       const uint8_t* type_luid, uint32_t* err) {
     using namespace zan::db;
+    t_key_calls.obj_flags.push_back(flag);
     if (err && *err) return nullptr;
     Word w = type_luid ? word_of_luid(type_luid) : Word::none;
     auto text = w == Word::none ? std::nullopt : key_text(value);

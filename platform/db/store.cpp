@@ -555,8 +555,8 @@ int32_t instance_variant(const void* handle) {
 void* make_typed(Word w, std::string_view text) {
     switch (w) {
         case Word::rsl_vstring: return make_typed_vstring(text);
-        case Word::ip_address: {
-            auto ip = plat::parse_ip(text);
+        case Word::ip_address: {   // read as key_bytes reads it, blanks around it trimmed
+            auto ip = plat::parse_ip(trim(text));
             return ip ? make_typed_ip(*ip) : nullptr;
         }
         case Word::u_int8:

@@ -72,6 +72,10 @@ struct Counters {
 };
 Counters& counters();
 
+// The calls key_calls() reports, and the answer of a count read under bound_script().
+KeyCalls& key_calls_of_thread();
+uint32_t scripted_bound(uint32_t stored);
+
 // Error word: set only when clear.
 inline void fail(uint32_t* err, uint32_t code) {
     if (err && *err == 0) *err = code;

@@ -29,6 +29,11 @@ namespace db = zan::db;
 namespace plat = zan::plat;
 
 constexpr uint32_t k_error_level = 0x3000000;
+
+// Where a compound-key traverser's appending fails: its own failure, or an error left by the
+// setters of the table LUID before it.
+const std::set<std::string> k_compound_stays = {"arbor_params_t_set_last", "arbor_traverse_deref_table_get",
+                                                "arbor_id_type_luid_set_mem"};
 constexpr uint32_t k_fatal_level = 0;
 
 struct Outcome {
@@ -68,13 +73,41 @@ const db::Store& record_store() {
     return *r->store;
 }
 
+// The first row of the table in the store; a fresh row (kept for the test's life) for a table
+// the configuration holds no row of.
 const db::Row* first_row(const std::string& table, const db::Store& store = default_store()) {
     const db::TableInfo* t = db::table_info(table);
-    if (t == nullptr || store.rows(*t).empty()) {
-        ADD_FAILURE() << "no row of " << table << " in the configuration";
+    if (t == nullptr) {
+        ADD_FAILURE() << "no table " << table;
         return nullptr;
     }
-    return store.rows(*t).front();
+    if (!store.rows(*t).empty()) return store.rows(*t).front();
+    static std::vector<db::RowPtr>* made = new std::vector<db::RowPtr>;
+    return made->emplace_back(db::make_row(table)).get();
+}
+
+// A position's path from the root, every segment with a key of its key's words.
+std::vector<plat::UriSegment> position_segments(const db::TableInfo* p) {
+    auto sample = [](db::Word w) -> std::string {
+        switch (w) {
+        case db::Word::rsl_vstring: return "k1";
+        case db::Word::ip_address: return "10.1.2.3";
+        case db::Word::rsl_mac_addr: return "00:11:22:33:44:55";
+        case db::Word::rsl_boolean: return "true";
+        default: return "7";
+        }
+    };
+    std::vector<plat::UriSegment> segs;
+    // At most four segments: tbl_cfg_vlan_eol stands under itself.
+    for (const db::TableInfo* q = p; q != nullptr && segs.size() < 4; q = q->parent) {
+        std::vector<std::pair<std::string, std::string>> keys;
+        if (q->key_kind == db::KeyKind::compound)
+            for (const db::FieldInfo* f : q->key_parts) keys.emplace_back(std::string(f->name), sample(f->word));
+        else
+            keys.emplace_back(std::string(q->key_name), sample(q->key_word));
+        segs.insert(segs.begin(), plat::UriSegment{std::string(q->segment), keys});
+    }
+    return segs;
 }
 
 SweptRequest resolve_request(const std::string& what, const std::string& table,
@@ -207,51 +240,19 @@ std::vector<long> counts() {
     return out;
 }
 
-}  // namespace
-
-TEST(FaultSweep, EveryFailurePointOfEveryRepresentativeRequest) {
-    ASSERT_TRUE(engine().loaded());
-    const std::vector<SweptRequest> requests = {
-        resolve_request("one key", "tbl_ntp_peer_eol"),
-        resolve_request("compound key", "tbl_ip_dhcp_svr", {"arbor_params_t_set_last"}),
-        resolve_request("child, three levels", "tbl_ci_vrf_mode_rt_eol"),
-        resolve_request("compound key, three parts", "tbl_threat_visibility_ip_export", {"arbor_params_t_set_last"}),
-        properties_request("tbl_ntp_peer_eol", 0),
-        properties_request("tbl_ntp_peer_eol", 1),
-        properties_request("tbl_conf_mac_nacl_eol", 0),
-        properties_request("tbl_ip_dhcp_svr", 1),
-        properties_request("tbl_vlan_group", 0),
-        properties_request("tbl_vlan_group", 1),
-        properties_request("tbl_cfg_dev_trk_bt_setlog_eol", 0),
-        properties_request("tbl_cfg_http_client_proxy_eol", 0, record_store()),
-        properties_request("tbl_vlan_group", 1, record_store(), ", array unset"),
-        type_request("om_node", false),
-        type_request("layer_head", false),
-        type_request("ack_timer_head", false),
-        type_request("om_node", true),
-        type_request("layer_head", true),
-        type_request("en_address", false, record_store(), false),
-        type_request("en_address", true, record_store(), false),
-        type_request("vlan_group", false, record_store(), false),
-        type_request("vlan_group", true, record_store(), false),
-        type_request("consumer", false, record_store(), false),
-        vlist_request("tbl_ntp_peer_eol", {}),
-        vlist_request("tbl_conf_mac_nacl_eol", {}),
-        vlist_request("tbl_ntp_peer_eol", {"compound_0.peer_or_server.compound_67.ntp_server", "__uri__",
-                                           "peer_server_key", "compound_0.peer_or_server.compound_66.ntp_peer"}),
-        vlist_request("tbl_threat_visibility_ip_export", {}),
-        vlist_request("tbl_vlan_group", {}),
-        vlist_request("tbl_vlan_group", {"vlan_group_name", "vlans"}),
-        nvlist_request("tbl_ntp_peer_eol"),
-        nvlist_request("tbl_ip_dhcp_svr"),
-        nvlist_request("tbl_threat_visibility_ip_export"),
-        columns_request("tbl_ntp_peer_eol"),
-        columns_request("tbl_conf_mac_nacl_eol"),
-        columns_request("tbl_vlan_group"),
-    };
-    const auto points = plat::fault_points();
-    long swept = 0, stayed = 0, aborts = 0;
+struct Totals {
+    long swept = 0, stayed = 0, aborts = 0, foreign_module = 0;
     std::set<std::string> failure_traces;   // distinct error and fatal lines the failures wrote
+};
+
+// Runs each request clean, counting the failure points it passes, then once per point
+// failing in turn, with the checks above. Every trace must carry the module id, set to an
+// unusual value for the sweep.
+Totals sweep(const std::vector<SweptRequest>& requests, bool verbose, bool traces = true) {
+    Totals t;
+    const uint16_t module_before = g_arbor_fe_trace_module_id;
+    g_arbor_fe_trace_module_id = 0xBEEF;
+    const auto points = plat::fault_points();
     for (const SweptRequest& q : requests) {
         SCOPED_TRACE(q.name);
         plat::fault_clear_all();
@@ -291,22 +292,26 @@ TEST(FaultSweep, EveryFailurePointOfEveryRepresentativeRequest) {
                     }
                     plat::fault_clear_all();
                     int status = 0;
-                    ASSERT_EQ(waitpid(child, &status, 0), child);
+                    if (waitpid(child, &status, 0) != child) ADD_FAILURE() << "no child to wait for";
                     const bool aborted = WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT;
                     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
                     EXPECT_TRUE((aborted && q.may_abort.count(point)) || code == 0 || code == 3) << "status " << status;
-                    aborts += aborted;
-                    stayed += code == 3;
+                    t.aborts += aborted;
+                    t.stayed += code == 3;
                     ++points_of_request;
                     continue;
                 }
                 if (getenv("SWEEP_VERBOSE")) std::fprintf(stderr, "sweep %s %s #%ld\n", q.name.c_str(), point.c_str(), n);
                 Outcome o;
-                {
-                    plat::TraceCapture traces;
+                if (traces) {
+                    plat::TraceCapture capture;
                     o = q.run();
-                    for (const plat::TraceRecord& t : traces.records())
-                        if (t.level == k_error_level || t.level == k_fatal_level) failure_traces.insert(t.unit + ": " + t.text);
+                    for (const plat::TraceRecord& r : capture.records()) {
+                        if (r.level == k_error_level || r.level == k_fatal_level) t.failure_traces.insert(r.unit + ": " + r.text);
+                        t.foreign_module += r.module != 0xBEEF;
+                    }
+                } else {
+                    o = q.run();   // no trace is formatted
                 }
                 plat::fault_clear_all();
                 EXPECT_TRUE(q.results.count(o.result) || (q.positive_too && o.result > 0)) << "result " << o.result;
@@ -317,13 +322,90 @@ TEST(FaultSweep, EveryFailurePointOfEveryRepresentativeRequest) {
             }
         }
         EXPECT_GT(points_of_request, 0);
-        std::printf("fault sweep: %-48s %5ld points\n", q.name.c_str(), points_of_request);
-        swept += points_of_request;
+        if (verbose) std::printf("fault sweep: %-48s %5ld points\n", q.name.c_str(), points_of_request);
+        t.swept += points_of_request;
     }
+    g_arbor_fe_trace_module_id = module_before;
+    EXPECT_EQ(t.foreign_module, 0) << "traces that did not carry the module id";
+    return t;
+}
+
+}  // namespace
+
+// Every position resolved with its keys, and every table's four row operations on a row of
+// the built-in configuration (to_properties and to_vlist with state), each failing at every
+// point it passes.
+TEST(FaultSweep, EveryPositionAndEveryRowOperationOfEveryTable) {
+    ASSERT_TRUE(engine().loaded());
+    std::vector<SweptRequest> requests;
+    for (const db::TableInfo* p : db::positions()) {
+        zan::engine::Request req;
+        req.segments = position_segments(p);
+        req.kind = zan::engine::k_kind_read_row;
+        const bool compound = p->key_kind == db::KeyKind::compound;
+        requests.push_back({"resolve " + std::string(p->name), [req] { return Outcome{engine().request(req).code, 0}; },
+                            {0, 1, 3, 5}, {0},
+                            compound ? k_compound_stays : std::set<std::string>{}});
+    }
+    for (const db::TableInfo* t : db::tables()) {
+        const std::string name(t->name);
+        requests.push_back(properties_request(name, 1));
+        requests.push_back(vlist_request(name, {}));
+        requests.push_back(nvlist_request(name));
+        requests.push_back(columns_request(name));
+    }
+    const Totals totals = sweep(requests, false);
+    std::printf("fault sweep, everything: %zu requests, %ld points; %ld left a compound-key traversal, %ld aborted; "
+                "%zu distinct failure trace lines\n",
+                requests.size(), totals.swept, totals.stayed, totals.aborts, totals.failure_traces.size());
+    EXPECT_GT(totals.failure_traces.size(), 592u) << "more of the families' failure lines than the representatives reach";
+}
+
+TEST(FaultSweep, EveryFailurePointOfEveryRepresentativeRequest) {
+    ASSERT_TRUE(engine().loaded());
+    const std::vector<SweptRequest> requests = {
+        resolve_request("one key", "tbl_ntp_peer_eol"),
+        resolve_request("compound key", "tbl_ip_dhcp_svr", k_compound_stays),
+        resolve_request("child, three levels", "tbl_ci_vrf_mode_rt_eol"),
+        resolve_request("compound key, three parts", "tbl_threat_visibility_ip_export", k_compound_stays),
+        properties_request("tbl_ntp_peer_eol", 0),
+        properties_request("tbl_ntp_peer_eol", 1),
+        properties_request("tbl_conf_mac_nacl_eol", 0),
+        properties_request("tbl_ip_dhcp_svr", 1),
+        properties_request("tbl_vlan_group", 0),
+        properties_request("tbl_vlan_group", 1),
+        properties_request("tbl_cfg_dev_trk_bt_setlog_eol", 0),
+        properties_request("tbl_cfg_http_client_proxy_eol", 0, record_store()),
+        properties_request("tbl_vlan_group", 1, record_store(), ", array unset"),
+        type_request("om_node", false),
+        type_request("layer_head", false),
+        type_request("ack_timer_head", false),
+        type_request("om_node", true),
+        type_request("layer_head", true),
+        type_request("en_address", false, record_store(), false),
+        type_request("en_address", true, record_store(), false),
+        type_request("vlan_group", false, record_store(), false),
+        type_request("vlan_group", true, record_store(), false),
+        type_request("consumer", false, record_store(), false),
+        vlist_request("tbl_ntp_peer_eol", {}),
+        vlist_request("tbl_conf_mac_nacl_eol", {}),
+        vlist_request("tbl_ntp_peer_eol", {"compound_0.peer_or_server.compound_67.ntp_server", "__uri__",
+                                           "peer_server_key", "compound_0.peer_or_server.compound_66.ntp_peer"}),
+        vlist_request("tbl_threat_visibility_ip_export", {}),
+        vlist_request("tbl_vlan_group", {}),
+        vlist_request("tbl_vlan_group", {"vlan_group_name", "vlans"}),
+        nvlist_request("tbl_ntp_peer_eol"),
+        nvlist_request("tbl_ip_dhcp_svr"),
+        nvlist_request("tbl_threat_visibility_ip_export"),
+        columns_request("tbl_ntp_peer_eol"),
+        columns_request("tbl_conf_mac_nacl_eol"),
+        columns_request("tbl_vlan_group"),
+    };
+    const Totals t = sweep(requests, true);
     std::printf("fault sweep: %ld points swept in all; %ld left a compound-key traversal and %ld aborted on lists "
-                "out of step, as designed\n", swept, stayed, aborts);
-    std::printf("fault sweep: %zu distinct failure trace lines written\n", failure_traces.size());
+                "out of step, as designed\n", t.swept, t.stayed, t.aborts);
+    std::printf("fault sweep: %zu distinct failure trace lines written\n", t.failure_traces.size());
     if (getenv("SWEEP_TRACES"))
-        for (const std::string& t : failure_traces) std::printf("  %s\n", t.c_str());
-    EXPECT_GT(failure_traces.size(), 100u) << "the failures reach the families' failure traces";
+        for (const std::string& line : t.failure_traces) std::printf("  %s\n", line.c_str());
+    EXPECT_GT(t.failure_traces.size(), 100u) << "the failures reach the families' failure traces";
 }

@@ -35,6 +35,22 @@ extern "C" const char* gx_do_uri_segment_get_name(gx_do_uri_segment* segment) {
     return platform(segment);
 }
 
+// A nested column description is reached through its exported name: the executable's
+// vrf_name_to_ntlist stands in front of the library's, counts and hands on.
+namespace {
+std::atomic<long> g_nested_columns{0};
+void* fe_library() {   // the engine's: already loaded
+    static void* h = dlopen(zan::engine::Engine::default_library_path().c_str(), RTLD_NOW | RTLD_NOLOAD);
+    return h;
+}
+}  // namespace
+
+extern "C" int32_t vrf_name_to_ntlist(arbor_ntlist* list, const char* prefix, uint32_t* err) {
+    using ntlist_fn = int32_t (*)(arbor_ntlist*, const char*, uint32_t*);
+    g_nested_columns.fetch_add(1, std::memory_order_relaxed);
+    return reinterpret_cast<ntlist_fn>(dlsym(fe_library(), "vrf_name_to_ntlist"))(list, prefix, err);
+}
+
 namespace {
 
 // Name fetches of one request through the registered dispatcher, with or without lists.
@@ -131,3 +147,20 @@ TEST(NameFetches, EverySegmentOfAConfiguredRowsPathIsFetchedOnce) {
 }
 
 }  // namespace
+
+TEST(NestedColumns, GoThroughTheExportedNames) {
+    engine();
+    using ntlist_fn = int32_t (*)(arbor_ntlist*, const char*, uint32_t*);
+    void* lib = fe_library();
+    ASSERT_NE(lib, nullptr);
+    const auto vrf_info = reinterpret_cast<ntlist_fn>(dlsym(lib, "vrf_info_to_ntlist"));
+    ASSERT_NE(vrf_info, nullptr);
+    arbor_ntlist* list = zan::plat::ntlist_new();
+    uint32_t err = 0;
+    g_nested_columns.store(0);
+    EXPECT_EQ(vrf_info(list, "", &err), 0);
+    EXPECT_EQ(g_nested_columns.load(), 1) << "vrf_info's nested vrf_name through its exported name";
+    ASSERT_FALSE(zan::plat::ntlist_entries(list).empty());
+    EXPECT_EQ(zan::plat::ntlist_entries(list).back().name, "namestr");
+    zan::plat::ntlist_free(list);
+}

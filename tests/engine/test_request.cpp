@@ -313,7 +313,15 @@ TEST(EngineWalk, TraversalsThatMakeNoWalk) {
     EXPECT_TRUE(w.error);
     EXPECT_TRUE(w.rows.empty());
     w = zan::engine::walk(cs.store, {vrf.traversals[2], vrf.traversals[3]});
-    EXPECT_TRUE(w.error);
+    ASSERT_TRUE(w.error);
+    EXPECT_EQ(*w.error, "traversal 1: parent table is not the table of the step before");
+    // A child step after a step of another table than its parent's.
+    const Response peer = resolve({{"ntp_peer_server", Keys{{"peer_server_key", "10.0.0.1"}}}});
+    ASSERT_EQ(peer.code, 1);
+    w = zan::engine::walk(cs.store, {peer.traversals[0], peer.traversals[1], vrf.traversals[2], vrf.traversals[3]});
+    ASSERT_TRUE(w.error);
+    EXPECT_EQ(*w.error, "traversal 3: parent table is not the table of the step before");
+    EXPECT_TRUE(w.rows.empty());
     // An identifier that names no table.
     auto broken = vrf.traversals;
     broken[0].deref_table.type_luid[0] ^= 0xff;

@@ -255,3 +255,36 @@ TEST_F(Columns, ATableFunctionWithTheWordSetAnswersAtOnceWithoutTrace) {
     }
     EXPECT_TRUE(cap.records().empty());
 }
+
+// The walk has no early exit: after a failed add every later column of the record is still
+// offered, and each finds the error word set.
+TEST_F(Columns, AfterAFailedAddTheWalkGoesOnWithTheWordSet) {
+    const zan_type_to_ntlist_fn f = type_fn("ntp_peer_v6addr_cp_0_cp");   // three leaves
+    uint32_t err = 0;
+    Ntlist list;
+    ASSERT_EQ(f(list.list, "", &err), 0);
+    ASSERT_EQ(list.entries().size(), 3u);
+    const long before = zan::plat::ntlist_add_calls_with_error();
+    zan::plat::fault_fail_nth("arbor_fe_ntlist_add", 1);
+    EXPECT_EQ(f(list.list, "", &err), -1);
+    EXPECT_EQ(zan::plat::ntlist_add_calls_with_error() - before, 2);
+}
+
+// A prefix that leaves a nested record no room: the nested level writes the one "no space"
+// line and sets 28, and the level above reports its failure on the way out.
+TEST_F(Columns, ANestedLevelWithoutRoomFailsThereAndTheFailureTravelsUp) {
+    const std::string p252(252, 'p');
+    zan::plat::TraceCapture cap;
+    Ntlist list;
+    uint32_t err = 0;
+    EXPECT_EQ(type_fn("vrf_info")(list.list, p252.c_str(), &err), -1);   // "name" fills it: 256 for vrf_name
+    EXPECT_EQ(err, 28u);
+    std::vector<std::string> lines;
+    for (const TraceRecord& r : cap.records()) {
+        EXPECT_EQ(r.level, k_error_level);
+        lines.push_back(r.text);
+    }
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "no space in buffer for attribute name " + p252 + "name.Availbale length is 256",
+                         "vrf_info to_ntlist failed (" + std::string(std::strerror(28)) + ")"}));
+}

@@ -291,3 +291,25 @@ TEST(LibraryFile, HoldsTheAllocatorTypeNamesInside) {
     EXPECT_EQ(seen.size(), 10u);
     for (const ElfSymbol& s : elf.dynsym) EXPECT_NE(s.name.rfind("__TY_", 0), 0u) << s.name << " is exported";
 }
+
+// The path-query LUIDs stand as one read-only block, row n the n-th traverser's.
+TEST(LibraryFile, HoldsThePathQueryLuidsInOneReadOnlyBlockInTraverserOrder) {
+    Elf elf = read_elf(ZAN_FE_LIBRARY);
+    std::vector<const ElfSymbol*> blocks;
+    for (const ElfSymbol& s : elf.symtab)
+        if (s.name.find("k_pq_luids") != std::string::npos) blocks.push_back(&s);
+    ASSERT_EQ(blocks.size(), 1u);
+    const auto positions = zan::db::positions();
+    ASSERT_EQ(blocks[0]->size, positions.size() * 16);
+    EXPECT_EQ(blocks[0]->section, ".rodata");
+    std::string want;
+    for (const zan::db::TableInfo* p : positions) want.append(reinterpret_cast<const char*>(p->pq), 16);
+    EXPECT_EQ(elf.bytes_at(blocks[0]->value, blocks[0]->size), want);
+}
+
+// Nothing runs at load: every constant (the trace units' descriptors among them) is data
+// the loader maps, not written by a constructor.
+TEST(LibraryFile, RunsNoConstructorAtLoad) {
+    Elf elf = read_elf(ZAN_FE_LIBRARY);
+    for (const ElfSymbol& s : elf.symtab) EXPECT_EQ(s.name.rfind("_GLOBAL__sub_I", 0), std::string::npos) << s.name;
+}

@@ -161,7 +161,7 @@ class Resolution(OnFixture):
         self.assertEqual(self.msgs[74], " Expecting keys for Q_tbl_kid_b before moving to next path")
 
     def test_second_entrance_uses_its_tables_identifiers_and_key_but_its_own_segment_and_link(self):
-        self.assertRegex(self.files["fe_resolve_chain.cpp"], r'P_tbl_kid_b\{"kid_again", 9, "P_tbl_kid_b", "inst_tbl_kid", pq_tbl_kid_b, table_tbl_kid_luid, '
+        self.assertRegex(self.files["fe_resolve_chain.cpp"], r'P_tbl_kid_b\{"kid_again", 9, "P_tbl_kid_b", "inst_tbl_kid", k_pq_luids\[3\], table_tbl_kid_luid, '
                                r'&tbl_kid_table_field_vft, "top", table_tbl_top_luid, "top_special", &zan_top_get_field_info')
         text = self.files["fe_resolve_dom.cpp"]
         self.assertIn('Q_tbl_kid_b{"singleton_id", "key kid_singleton_id", table_tbl_kid_luid, &tbl_kid_get_field', text)

@@ -232,7 +232,8 @@ TEST_F(Nlist, NegativeVariantAborts) {
     db::RecordPtr rec = db::make_record("ci_ip_helpaddr_eol");
     db::set_variant(*rec, -1);
     Lists l;
-    EXPECT_DEATH(full("ci_ip_helpaddr_eol")(nullptr, 0, rec.get(), l.names, l.values, 0, &err), "");
+    EXPECT_DEATH((fatal_traces_to_stderr(), full("ci_ip_helpaddr_eol")(nullptr, 0, rec.get(), l.names, l.values, 0, &err)),
+                 "\\[ci_ip_helpaddr_eol Received variant -1 < base version 0\\]");
 }
 
 // ------------------------------------------------------------------ failures

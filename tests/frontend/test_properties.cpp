@@ -183,7 +183,8 @@ TEST_F(Props, FailingSetInANestedRecordTracesEveryLevel) {
 TEST_F(Props, NegativeVariantAborts) {
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
     db::set_variant(*rec, -1);
-    EXPECT_DEATH(render("ntp_maxdist_eol", *rec, ""), "");
+    EXPECT_DEATH((fatal_traces_to_stderr(), render("ntp_maxdist_eol", *rec, "")),
+                 "\\[ntp_maxdist_eol Received variant -1 < base version 0\\]");
 }
 
 TEST_F(Props, FailingNullOfAnUnselectedArmIsPassedUpWithBothTraces) {
@@ -375,5 +376,84 @@ TEST_F(Props, DefaultRecordsRenderByTypeWithAllTheirElements) {
                           db::sequence_size(*rec, f.name));
             }
         }
+    }
+}
+
+// Type rows of base enumerations and flag sets at their edges: a number past the last
+// enumerator fails with 3, the last one renders, bits above a flag set's last are not looked
+// at. The values are read from om_node's enumeration and flag cells.
+TEST_F(Props, BaseTypeRowsAtTheEdgesOfTheirValues) {
+    db::RecordPtr node = db::make_record("om_node");
+    struct Case {
+        const char* type;
+        const char* cell;
+        int64_t value;
+        int32_t result;
+        std::vector<std::string> texts;   // the enumerator, or the set bits' names
+    };
+    const Case cases[] = {
+        {"pak_direction", "obj_type", 2, 0, {"BOTH_DIRECTION"}},
+        {"pak_direction", "obj_type", 3, 3, {}},
+        {"object_status", "obj_type", 6, 0, {"RSL_AOM_STATUS_MAX"}},
+        {"object_status", "obj_type", 7, 3, {}},
+        {"channel_state", "attr_flag", 0x10, 0, {"CHANNEL_STATE_WRITE_SELECT"}},
+        {"channel_state", "attr_flag", 0x7e1, 0, {"CHANNEL_STATE_CONNECTED"}},
+        {"channel_state", "attr_flag", 0x20, 0, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.type) + " " + std::to_string(c.value));
+        fresh();
+        db::set_int(*node, c.cell, c.value);
+        EXPECT_EQ(type_row(c.type)(nullptr, 0, "attr", props, db::handle(*node, c.cell), 0, &err), c.result);
+        if (c.result != 0) {
+            EXPECT_EQ(plat::properties_get(props, "attr"), nullptr);
+            continue;
+        }
+        std::vector<std::string> got;
+        const plat::Value& v = at("attr");
+        if (const auto* e = std::get_if<plat::EnumText>(&v.v)) got.push_back(e->text);
+        if (const auto* l = std::get_if<plat::ValueList>(&v.v))
+            for (const plat::Value& b : *l) got.push_back(std::get<plat::EnumText>(b.v).text);
+        EXPECT_EQ(got, c.texts);
+    }
+}
+
+// A character array reads its characters before the room check: a name that does not fit
+// answers 3 with the length (twice) and the characters already fetched, and sets nothing.
+TEST_F(Props, ACharacterArrayWhoseNameDoesNotFitIsReadFirst) {
+    db::RecordPtr rec = db::make_record("if_name");
+    db::set_text(*rec, "name", "Gi0/1");
+    const long before = plat::fault_calls("accessor");
+    EXPECT_EQ(render("if_name", *rec, std::string(253, 'p').c_str()), 3);   // 253 + "name" > 256
+    EXPECT_EQ(plat::fault_calls("accessor") - before, 3);
+    EXPECT_TRUE(names_of(props).empty());
+    fresh();
+    ASSERT_EQ(render("if_name", *rec, std::string(252, 'p').c_str()), 0);
+    EXPECT_EQ(std::get<std::string>(at(std::string(252, 'p') + "name").v), "Gi0/1");
+}
+
+// tbl_threat_visibility_ip_export renders two top records: the key record, then the value
+// record, unless the key record failed (its result comes back at once) or left the word set
+// (0, and the value record is not rendered).
+TEST_F(Props, TheTwoRecordTableRendersItsValueRecordOnlyAfterACleanKey) {
+    db::RowPtr row = db::make_row("tbl_threat_visibility_ip_export");
+    const zan_gx_table_row& t = table_row("tbl_threat_visibility_ip_export");
+    const std::string value_attr = "tv_ip_export_parent_table_key";
+    struct Case {
+        const char* point;   // nullptr: no fault
+        int32_t result;
+        int64_t err;         // -1: whatever the failure left
+        bool value_rendered;
+    };
+    for (const Case& c : {Case{nullptr, 0, 0, true}, Case{"accessor", 0, 5, false},
+                          Case{"gx_do_properties_set_value", -1, -1, false}}) {
+        SCOPED_TRACE(c.point ? c.point : "clean");
+        fresh();
+        if (c.point) plat::fault_fail_nth(c.point, 1);
+        const int32_t r = t.to_properties(nullptr, 0, row.get(), props, 0, &err);
+        plat::fault_clear_all();
+        EXPECT_EQ(r != 0, c.result != 0) << r;
+        if (c.err >= 0) EXPECT_EQ(err, uint32_t(c.err));
+        EXPECT_EQ(plat::properties_get(props, value_attr) != nullptr, c.value_rendered);
     }
 }

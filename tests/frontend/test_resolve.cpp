@@ -1,6 +1,7 @@
 // Path and query resolution as an engine drives it: through the registered top
 // dispatcher, the exported dispatchers and traversers, with the reference platform's
 // objects, traces, allocator accounting and fault points.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -397,6 +398,75 @@ TEST_F(Resolve, TheMarkerScanRemovesEveryExactOccurrenceAndClosesTheGateOtherwis
     EXPECT_TRUE(pdc_names().empty());
 }
 
+// An instance dispatcher's marker is matched exactly, whatever longer marker shares its
+// start; with pd_list NULL it is taken out all the same.
+TEST_F(Resolve, InstanceMarkersThatShareAPrefixAreToldApart) {
+    using disp = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, uint64_t, gx_do_uri_segment*, gx_do_nlist*, gx_do_nlist*,
+                             arbor_params_t*, uint64_t, uint32_t, const void**, uint32_t);
+    auto star = [&](const std::string& marker, std::vector<std::string> in_pdc, bool with_pd) {
+        reset();
+        for (const auto& m : in_pdc) gx_do_nlist_add_string(pdc, m.c_str());
+        const auto f = fn<disp>(("fe_" + k_ctx + "_" + marker + "_path_query_dispatch").c_str());
+        gx_do_uri* uri = zan::plat::uri_new({{"*", std::nullopt}});
+        const int32_t rc =
+            f(nullptr, 3, 0, gx_do_uri_get_segment(uri, 1), with_pd ? pd : nullptr, pdc, params, 0, 0, &slot, 0);
+        zan::plat::uri_deref(uri);
+        return rc;
+    };
+    const std::pair<std::string, std::string> pairs[] = {{"inst_tbl_mdns_sp", "inst_tbl_mdns_sp_sl_in"},
+                                                         {"inst_tbl_flow_exporter", "inst_tbl_flow_exporter_options"},
+                                                         {"inst_tbl_flow_monitor", "inst_tbl_flow_monitor_exporter"}};
+    for (const auto& [marker, longer] : pairs) {
+        SCOPED_TRACE(marker);
+        EXPECT_EQ(star(marker, {longer}, true), 3);
+        EXPECT_TRUE(pd_names().empty()) << "the longer marker opens no gate";
+        EXPECT_EQ(pdc_names(), std::vector<std::string>{longer});
+        EXPECT_EQ(star(marker, {longer, marker}, true), 3);
+        EXPECT_FALSE(pd_names().empty()) << "the exact marker opens it";
+        EXPECT_EQ(pdc_names(), std::vector<std::string>{longer});
+        EXPECT_EQ(star(marker, {marker}, false), 3);
+        EXPECT_TRUE(pdc_names().empty()) << "taken out with pd_list NULL";
+    }
+}
+
+// A root table's segment with a key it does not know: ROOT answers 3 with its not-found
+// line, and the instance dispatchers are still asked (one finds its marker and says so).
+TEST_F(Resolve, ARootSegmentWithAnUnknownKeyGoesOnToTheInstanceDispatchers) {
+    zan::plat::TraceCapture cap;
+    gx_do_nlist_add_string(pdc, "inst_tbl_cfg_ip_dhcp_pool_eol");
+    EXPECT_EQ(run({{"ntp_peer_server", Keys{{"nope", "1"}}}, bare("x")}), 3);
+    EXPECT_TRUE(has_trace(cap,
+                          " zan_config_db zan_config_db_context ROOT path_query_dispatch: P_tbl_ntp_peer_eol Query "
+                          "path not found\\n",
+                          k_error));
+    EXPECT_TRUE(has_trace(cap, "  PDC stored table match inst_tbl_cfg_ip_dhcp_pool_eol", k_debug));
+    EXPECT_EQ(pdc_names(), std::vector<std::string>{"inst_tbl_ntp_peer_eol"}) << "the peer's own marker stays";
+}
+
+// An instance dispatcher's two failure lines: its child's query answers 3 (a key it does not
+// know), or anything but 1 and 3 (a key that does not convert).
+TEST_F(Resolve, AnInstanceDispatcherTracesBothQueryFailures) {
+    const std::string who = " zan_config_db zan_config_db_context inst_tbl_cfg_ip_dhcp_pool_eol path_query_dispatch: ";
+    const UriSegment pool = seg("tbl_cfg_ip_dhcp_pool_eol");
+    const std::string key(zan::db::table_info("tbl_dhcp_pool_network")->key_name);
+    struct Case {
+        UriSegment child;
+        int32_t code;
+        std::string trace;
+    };
+    const Case cases[] = {
+        {{"dhcp_pool_network", Keys{{"nope", "1"}}}, 3, who + "P_tbl_dhcp_pool_network Query path not found\\n"},
+        {{"dhcp_pool_network", Keys{{key, "not a value"}}}, 5, who + "Generate prop param failed\\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.trace);
+        reset();
+        zan::plat::TraceCapture cap;
+        EXPECT_EQ(run({pool, c.child}), c.code);
+        EXPECT_TRUE(has_trace(cap, c.trace, k_error));
+    }
+}
+
 TEST_F(Resolve, ANameWithoutTextBeforeTheMarkerEndsTheScan) {
     reset();
     zan::plat::nlist_add_textless(pdc);
@@ -467,6 +537,17 @@ TEST_F(Resolve, PathTraverserFailuresDestroyTheTraversalAndLeaveSlotAndMarkersAl
         {"arbor_id_create", 1, true, " create arbor_id failed"},
         {"arbor_id_create", 2, true, " create arbor_id failed\\n"},
         {"arbor_params_t_set_last", 1, true, " Set arbor traverse inst failed, RSL err 5"},
+        // Every setter's failure, and a traversal that gives no deref_table, shows at the end.
+        {"arbor_traverse_pq_luid_set_mem", 1, false, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_traverse_pq_set_value", 1, false, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_traverse_deref_table_get", 1, false, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_id_type_luid_set_mem", 1, false, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_id_type_luid_set_mem", 2, true, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_id_type_luid_set_mem", 3, true, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_id_field_id_set_value", 1, true, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_id_field_id_set_value", 2, true, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_traverse_arbor_id_vec_set", 1, true, " Set arbor traverse inst failed, RSL err 5"},
+        {"arbor_traverse_arbor_id_vec_set", 2, true, " Set arbor traverse inst failed, RSL err 5"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.trace);
@@ -651,7 +732,18 @@ TEST_F(Resolve, CompoundKeysTakeTheirPartsInAnyOrderFirstOccurrenceFirst) {
     reset();
     const long records = zan::db::live_counts().key_records;
     EXPECT_EQ(run({bare("ip_dhcp_svr")}, 5), 1);
-    EXPECT_EQ(run({{"ip_dhcp_svr", Keys{{"nope", "1"}}}}, 13), 1);
+    // Kinds 6 and 13 make no query step on the last segment, on both compound tables.
+    for (uint32_t kind : {6u, 13u}) {
+        SCOPED_TRACE(kind);
+        reset();
+        zan::db::key_calls_clear();
+        EXPECT_EQ(run({{"ip_dhcp_svr", Keys{{"nope", "1"}}}}, kind), 1);
+        EXPECT_EQ(travs().size(), 1u);
+        reset();
+        EXPECT_EQ(run({seg("tbl_threat_visibility"), {"tv_ip_export", Keys{{"nope", "1"}}}}, kind), 1);
+        EXPECT_EQ(travs().size(), 3u);
+        EXPECT_TRUE(zan::db::key_calls().obj_flags.empty()) << "no part converted";
+    }
     EXPECT_EQ(zan::db::live_counts().key_records, records);
 }
 
@@ -724,6 +816,74 @@ TEST_F(Resolve, CompoundKeyFailures) {
     }
 }
 
+// The position array is the third allocation: when it fails, the value array and then the
+// name array are freed, and only then is the failure traced.
+TEST_F(Resolve, ACompoundKeyFreesBothArraysBeforeTracingTheThirdAllocation) {
+    std::vector<std::string> events;
+    std::map<const void*, std::string> blocks;
+    zan::plat::alloc_set_watch([&](const zan::plat::AllocCall& c) {
+        if (c.kind != zan::plat::AllocCall::free) {
+            events.push_back(std::string(c.block ? "malloc " : "failed ") + c.type_name);
+            if (c.block) blocks[c.block] = c.type_name;
+        } else if (blocks.count(c.block)) {
+            events.push_back("free " + blocks[c.block]);
+        }
+    });
+    zan::plat::trace_set_sink([&](const zan::plat::TraceRecord& r) {
+        if (r.level == k_error) events.push_back("trace" + r.text);
+    });
+    zan::plat::alloc_fail_site(k_site_base | (site_layout()["tbl_ip_dhcp_svr"].query + 2));
+    EXPECT_EQ(run({seg("tbl_ip_dhcp_svr")}), 5);
+    zan::plat::trace_clear_sink();
+    zan::plat::alloc_clear_watch();
+    const std::vector<std::string> want = {"malloc BYTE*", "malloc gx_do_value*", "failed int32", "free gx_do_value*",
+                                           "free BYTE*", "trace Failed to allocate memory for ckey_pos_arr"};
+    ASSERT_GE(events.size(), want.size());
+    auto at = std::find(events.begin(), events.end(), want[0]);
+    ASSERT_NE(at, events.end());
+    EXPECT_EQ(std::vector<std::string>(at, at + std::min<long>(want.size(), events.end() - at)), want);
+}
+
+// Both key templates hand the conversion the value flag of the request kind: 1 for kinds
+// 3, 5 and 12, else 0 (kinds above 12 included); kinds 6 and 13 convert no key on the last
+// segment.
+TEST_F(Resolve, KeyConversionsGetTheValueFlagOfTheRequestKind) {
+    const std::vector<UriSegment> one_key{seg("tbl_cfg_ip_dhcp_pool_eol"), seg("tbl_dhcp_pool_network")};
+    const std::vector<UriSegment> compound{seg("tbl_threat_visibility"), seg("tbl_threat_visibility_ip_export")};
+    std::vector<uint32_t> kinds = {35, 37, 44};
+    for (uint32_t k = 0; k <= 18; ++k) kinds.push_back(k);
+    for (uint32_t kind : kinds) {
+        SCOPED_TRACE(kind);
+        const uint32_t flag = kind == 3 || kind == 5 || kind == 12 ? 1 : 0;
+        const bool last_converted = kind != 6 && kind != 13;
+        for (const auto* path : {&one_key, &compound}) {
+            reset();
+            zan::db::key_calls_clear();
+            run(*path, kind);
+            const zan::db::KeyCalls& k = zan::db::key_calls();
+            const size_t data = path == &one_key && last_converted ? 2 : 1;
+            const size_t parts = path == &compound && last_converted ? 3 : 0;
+            EXPECT_EQ(k.data_flags, std::vector<uint32_t>(data, flag));
+            EXPECT_EQ(k.obj_flags, std::vector<uint32_t>(parts, flag));
+        }
+    }
+}
+
+// An address key reads the same in both templates: blanks around it do not count.
+TEST_F(Resolve, BothKeyTemplatesReadAnAddressAlike) {
+    const TableInfo* svr = zan::db::table_info("tbl_ip_dhcp_svr");
+    ASSERT_EQ(run({{"ip_dhcp_svr", Keys{{"vrf_name", "red"}, {"dhcp_server", " 10.0.0.9 "}}}}), 1);
+    EXPECT_EQ(travs().at(1).key_data,
+              std::optional(stored_key(svr, Keys{{"vrf_name", "red"}, {"dhcp_server", "10.0.0.9"}})));
+    for (const TableInfo* p : zan::db::positions()) {
+        if (p->key_kind == zan::db::KeyKind::compound || p->key_word != Word::ip_address || p->parent) continue;
+        reset();
+        ASSERT_EQ(run({{std::string(p->segment), Keys{{std::string(p->key_name), " 10.0.0.9 "}}}}), 1) << p->name;
+        EXPECT_EQ(travs().at(1).key_data, std::optional(*zan::db::key_bytes(Word::ip_address, "10.0.0.9")));
+        break;
+    }
+}
+
 // ------------------------------------------------------------------ site tags
 
 TEST_F(Resolve, SiteTagsAreTheUnitBaseOredWithTheRunningSiteNumber) {
@@ -763,6 +923,75 @@ TEST_F(Resolve, SiteTagsAreTheUnitBaseOredWithTheRunningSiteNumber) {
     EXPECT_TRUE(has(ids, k_site_base | (ps + 3)));
     EXPECT_TRUE(has(new_sites(before, "BYTE*"), k_site_base | qs));
     EXPECT_TRUE(has(new_sites(before, "gx_do_value*"), k_site_base | (qs + 1)));
+}
+
+// Each part's setter gets a tag of its own: sites q+5, q+6 (and q+7 for the three-part key),
+// pending when the setter runs.
+TEST_F(Resolve, CompoundKeyPartSettersRunUnderTheirOwnTags) {
+    auto first = site_layout();
+    const uint32_t svr = k_site_base | first["tbl_ip_dhcp_svr"].query;
+    const uint32_t tv = k_site_base | first["tbl_threat_visibility_ip_export"].query;
+    using Tags = std::vector<std::pair<std::string, uint32_t>>;
+    zan::db::key_calls_clear();
+    ASSERT_EQ(run({seg("tbl_ip_dhcp_svr")}), 1);
+    EXPECT_EQ(zan::db::key_calls().set_tags, (Tags{{"vrf_name", svr + 5}, {"dhcp_server", svr + 6}}));
+    reset();
+    zan::db::key_calls_clear();
+    ASSERT_EQ(run({seg("tbl_threat_visibility"), seg("tbl_threat_visibility_ip_export")}), 1);
+    EXPECT_EQ(zan::db::key_calls().set_tags,
+              (Tags{{"export_address", tv + 5}, {"valid_port_number", tv + 6}, {"vrf_name", tv + 7}}));
+}
+
+// Every allocation of the front end names its type and pool by the library's own texts and
+// per-thread cells: one cell per type name, the one pool "default" with its cell.
+TEST_F(Resolve, AllocationsPassTheLibrarysTypeAndPoolCellsAndNames) {
+    std::vector<zan::plat::AllocCall> calls;
+    zan::plat::alloc_set_watch([&](const zan::plat::AllocCall& c) {
+        if (c.kind != zan::plat::AllocCall::free) calls.push_back(c);
+    });
+    // Every query site kind: one-key arrays and key data, compound arrays, positions, buffer.
+    ASSERT_EQ(run({seg("tbl_ip_dhcp_svr")}), 1);
+    reset();
+    ASSERT_EQ(run({seg("tbl_threat_visibility"), seg("tbl_threat_visibility_ip_export")}), 1);
+    // The row functions' name copy.
+    const zan_gx_table_row& row = table_row("tbl_ntp_peer_eol");
+    const zan::db::Row* peer = default_store().rows(*zan::db::table_info("tbl_ntp_peer_eol"))[0];
+    gx_do_uri* uri = zan::plat::uri_new({seg("tbl_ntp_peer_eol")});
+    gx_do_nlist* names = gx_do_nlist_new();
+    gx_do_nlist_add_string(names, "peer_server_key");
+    gx_do_vlist* values = gx_do_vlist_new();
+    uint32_t err = 0;
+    EXPECT_GT(row.to_vlist(nullptr, 0, uri, names, peer, values, 0, &err), 0);
+    gx_do_vlist_deref(values);
+    gx_do_nlist_deref(names);
+    zan::plat::uri_deref(uri);
+    zan::plat::alloc_clear_watch();
+
+    // This thread's cells and the library's texts, by the library file's symbol table.
+    Dl_info info{};
+    ASSERT_NE(dladdr(symbol(ZAN_FE_INIT_SYMBOL), &info), 0);
+    void* tls = nullptr;
+    ASSERT_EQ(dlinfo(library(), RTLD_DI_TLS_DATA, &tls), 0);
+    ASSERT_NE(tls, nullptr);
+    std::map<std::string, const void*> at;
+    for (const ElfSymbol& s : read_elf(ZAN_FE_LIBRARY).symtab) {
+        if (s.name.rfind("__TY_tinfot_ptr_", 0) == 0) at[s.name] = static_cast<char*>(tls) + s.value;
+        if (s.name.rfind("__TY_tinfon_", 0) == 0) at[s.name] = static_cast<char*>(info.dli_fbase) + s.value;
+    }
+    std::set<std::string> seen;
+    for (const zan::plat::AllocCall& c : calls) {
+        const std::string type = c.type_name;
+        const std::string sym = type == "BYTE" ? "BYTE" : type == "BYTE*" ? "BYTE_PTR"
+                              : type == "gx_do_value*" ? "gx_do_value_PTR" : type == "int32" ? "int32" : "?";
+        SCOPED_TRACE(type);
+        seen.insert(type);
+        EXPECT_EQ(c.type_name, at["__TY_tinfon_" + sym]);
+        EXPECT_EQ(c.type_cell, at["__TY_tinfot_ptr_" + sym]);
+        EXPECT_EQ(c.pool_name, at["__TY_tinfon_default"]);
+        EXPECT_EQ(c.pool_cell, at["__TY_tinfot_ptr_default"]);
+        if (c.kind == zan::plat::AllocCall::strdup) seen.insert("strdup");
+    }
+    EXPECT_EQ(seen, (std::set<std::string>{"BYTE", "BYTE*", "gx_do_value*", "int32", "strdup"}));
 }
 
 // ------------------------------------------------------------------ concurrency

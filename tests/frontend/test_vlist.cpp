@@ -8,6 +8,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -371,13 +372,16 @@ TEST_F(Vlist, ErrorWordSetMidRecordLeavesOutLeavesAndFailsEveryNestedLevel) {
 TEST_F(Vlist, NegativeVariantAborts) {
     db::RecordPtr rec = db::make_record("ntp_maxdist_eol");
     db::set_variant(*rec, -1);
-    EXPECT_DEATH(all("ntp_maxdist_eol", rec.get()), "");
-    EXPECT_DEATH(all("ntp_maxdist_eol", rec.get(), 1), "");
-    EXPECT_DEATH(select("ntp_maxdist_eol", rec.get(), "singleton_id"), "");
+    // Each writes its fatal line (level 0, shown as "[text]") before the abort.
+    const std::string fatal = "\\[ntp_maxdist_eol Received variant -1 < base version 0\\]";
+    EXPECT_DEATH((fatal_traces_to_stderr(), all("ntp_maxdist_eol", rec.get())), fatal);
+    EXPECT_DEATH((fatal_traces_to_stderr(), all("ntp_maxdist_eol", rec.get(), 1)), fatal);
+    EXPECT_DEATH((fatal_traces_to_stderr(), select("ntp_maxdist_eol", rec.get(), "singleton_id")), fatal);
     db::RecordPtr u = db::make_record("ntp_peer_cp");
     db::set_value_variant(*u, "descriminator", -2);
     auto zan_cfg_union = internal_fn<enum_vlist_fn>("zan_cfg_union_to_vlist");
-    EXPECT_DEATH(zan_cfg_union(nullptr, 0, db::handle(*u, "descriminator"), list, 0, 1, &err), "");
+    EXPECT_DEATH((fatal_traces_to_stderr(), zan_cfg_union(nullptr, 0, db::handle(*u, "descriminator"), list, 0, 1, &err)),
+                 "\\[zan_cfg_union Recieved variant -2 < base version 0\\]");
 }
 
 TEST_F(Vlist, NegativeVariantWritesTheFatalTraceFirst) {
@@ -526,9 +530,74 @@ TEST_F(Vlist, ArraysAreOneValueEmptyWhenCountIsZeroNullOnlyByTheirFlag) {
     EXPECT_EQ(std::get<plat::ValueList>(values().at(0).v).size(), 16u);
 }
 
-TEST_F(Vlist, CountIsReadAgainAfterEachElement) {
-    // The count's second read fails: it answers nothing, so the loop ends after one element
-    // and the array still goes out.
+// A counted array's bound is its count as it stands before the first element and after each
+// one, and vlan_group's count counts by its low 16 bits: so in every family that fills an
+// array (to_properties, to_vlist_all, the selector, to_nlist_vlist_all).
+TEST_F(Vlist, CountedArrayBoundIsTheCountAtEachStepInEveryFamily) {
+    using full_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*);
+    // Elements of the array value at `i` (of the last value for -1); 99 when there is none.
+    auto elements_at = [](const plat::ValueList& vs, long i) -> size_t {
+        const size_t at = i < 0 ? vs.size() - 1 : size_t(i);
+        if (vs.empty() || at >= vs.size() || !std::holds_alternative<plat::ValueList>(vs[at].v)) return 99;
+        return std::get<plat::ValueList>(vs[at].v).size();
+    };
+    // The elements each family delivers for vlans.
+    const std::map<std::string, std::function<size_t(const db::Record&)>> families = {
+        {"to_properties", [&](const db::Record& r) {
+             gx_do_properties* props = plat::properties_new();
+             EXPECT_EQ(type_row("vlan_group")(nullptr, 0, "", props, &r, 0, &err), 0);
+             const plat::Value* v = plat::properties_get(props, "vlans");
+             const size_t n = v ? elements_at({*v}, 0) : 99;
+             plat::properties_deref(props);
+             return n;
+         }},
+        {"to_vlist_all", [&](const db::Record& r) {
+             fresh();
+             EXPECT_GT(all("vlan_group", &r), 0);
+             return elements_at(values(), -1);
+         }},
+        {"selector", [&](const db::Record& r) {
+             fresh();
+             EXPECT_GT(select("vlan_group", &r, "vlans"), 0);
+             return elements_at(values(), 0);
+         }},
+        {"to_nlist_vlist_all", [&](const db::Record& r) {
+             fresh();
+             gx_do_nlist* names = gx_do_nlist_new();
+             EXPECT_GE(internal_fn<full_fn>("vlan_group_to_nlist_vlist_all")(nullptr, 0, &r, names, list, 0, &err), 0);
+             gx_do_nlist_deref(names);
+             return elements_at(values(), 1);
+         }},
+    };
+    db::RecordPtr three = db::make_record("vlan_group");
+    db::set_array(*three, "vlans", {7, 8, 9});
+    db::RecordPtr wide = db::make_record("vlan_group");   // two elements, count 65,538
+    db::set_array(*wide, "vlans", {7, 8});
+    db::set_int(*wide, "num_vlans", 65538);
+    struct Case {
+        const char* what;
+        const db::Record* rec;
+        std::vector<uint32_t> reads;   // what the count's reads answer in turn, then the stored count
+        size_t elements;
+    };
+    for (const Case& c : {Case{"count 65,538: its low 16 bits", wide.get(), {}, 2},
+                          Case{"0x10001 read: one element", three.get(), {0x10001, 0x10001}, 1},
+                          Case{"shrinks to 1 after the first", three.get(), {3, 1}, 1},
+                          Case{"grows from 1 to 3 after the first", three.get(), {1}, 3},
+                          Case{"stored count", three.get(), {}, 3}})
+        for (const auto& [family, elements] : families) {
+            SCOPED_TRACE(std::string(c.what) + ", " + family);
+            err = 0;
+            db::bound_script(c.reads);
+            EXPECT_EQ(elements(*c.rec), c.elements);
+            EXPECT_EQ(err, 0u);
+        }
+    db::bound_script({});
+}
+
+// The count's second read fails: it answers nothing, so the loop ends after one element
+// and the array still goes out.
+TEST_F(Vlist, AFailedCountReadEndsTheArray) {
     db::RecordPtr rec = db::make_record("vlan_group");
     db::set_array(*rec, "vlans", {1, 2, 3});
     // Accessor calls of the array: the count, then per element the element and the count.
@@ -881,4 +950,148 @@ TEST_F(Vlist, FlagSetsGiveOneValueListOfTheirSetBits) {
     err = 5;
     EXPECT_EQ(db_flags(nullptr, 0, h, list, 0, 1, &err), -1);
     EXPECT_EQ(plat::live_objects().vlist, 1);
+}
+
+// ---------------------------------------------------------------- boundaries
+
+// An extension renders from a variant equal to its level on: only a variant below it gives
+// the "as null" line (the selector: its refusal of the extension's attribute). Every record
+// with extensions, empty ones included, in every family that renders records.
+TEST_F(Vlist, AnExtensionRendersAtAVariantEqualToItsLevelInEveryFamily) {
+    using full_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const void*, gx_do_nlist*, gx_do_vlist*, int32_t, uint32_t*);
+    // Lines of one call that hold `text`.
+    auto lines = [](const std::string& text, const std::function<void()>& call) {
+        plat::TraceCapture traces;
+        call();
+        int n = 0;
+        for (const std::string& s : texts(traces)) n += s.find(text) != std::string::npos;
+        return n;
+    };
+    std::set<std::string> types_seen;
+    int checked = 0;
+    for (const db::TypeInfo* t : db::types()) {
+        if (t->category != db::Category::record || t->base) continue;
+        const std::string type(t->name);
+        db::RecordPtr rec = db::make_record(type);
+        auto props = [&] {
+            gx_do_properties* p = plat::properties_new();
+            type_row(type)(nullptr, 0, "", p, rec.get(), 0, &err);
+            plat::properties_deref(p);
+        };
+        std::map<int, std::string> first_field;   // level: its first attribute, if any
+        for (const db::FieldInfo& f : t->fields)
+            if (f.role == db::FieldRole::attribute && f.level != 0 && !first_field.count(f.level))
+                first_field[f.level] = std::string(f.name);
+        for (int level = 1; level <= 3; ++level) {
+            const std::string as_null = " version < " + std::to_string(level) + " Rendering extension ";
+            db::set_variant(*rec, 0);
+            err = 0;
+            if (lines(as_null, props) == 0) continue;   // no extension of this level
+            types_seen.insert(type);
+            for (int32_t variant : {level - 1, level}) {
+                SCOPED_TRACE(type + " level " + std::to_string(level) + " variant " + std::to_string(variant));
+                db::set_variant(*rec, variant);
+                const int want = variant < level ? 1 : 0;
+                err = 0;
+                EXPECT_EQ(lines(as_null, props), want) << "to_properties";
+                fresh();
+                EXPECT_EQ(lines(as_null, [&] { all(type, rec.get()); }), want) << "to_vlist_all";
+                fresh();
+                gx_do_nlist* names = gx_do_nlist_new();
+                EXPECT_EQ(lines(as_null, [&] {
+                              internal_fn<full_fn>(type + "_to_nlist_vlist_all")(nullptr, 0, rec.get(), names, list,
+                                                                                 0, &err);
+                          }),
+                          want)
+                    << "to_nlist_vlist_all";
+                gx_do_nlist_deref(names);
+                if (first_field.count(level)) {
+                    fresh();
+                    const std::string refused = " version < " + std::to_string(level) + ", cannot render value";
+                    EXPECT_EQ(lines(refused, [&] { select(type, rec.get(), first_field[level]); }), want) << "selector";
+                }
+                ++checked;
+            }
+        }
+    }
+    EXPECT_TRUE(types_seen.count("ci_ip_helpaddr_eol"));
+    EXPECT_GE(types_seen.size(), 5u);
+    EXPECT_GE(checked, 10);
+}
+
+// A value listed by two extension groups of an enumeration is known from the lower level:
+// OBJ_DHCP_DECAP (levels 1 and 16) renders its text at variant 1, in the value-list and the
+// name-value-list forms.
+TEST_F(Vlist, AnEnumerationValueOfTwoGroupsIsGatedByTheLowerLevel) {
+    using enum_nvlist_fn = int32_t (*)(rsl_ctx_t, rsl_ctx_id_t, const char*, gx_do_nvlist*, int32_t, int32_t,
+                                       const void*, uint32_t*);
+    db::RecordPtr node = db::make_record("om_node");
+    db::set_enum(*node, "obj_type", "OBJ_DHCP_DECAP");
+    const void* h = db::handle(*node, "obj_type");
+    for (int32_t variant : {0, 1, 15, 16}) {
+        SCOPED_TRACE(variant);
+        db::set_value_variant(*node, "obj_type", variant);
+        fresh();
+        ASSERT_GT(internal_fn<enum_vlist_fn>("obj_type_to_vlist")(nullptr, 0, h, list, 0, 1, &err), 0);
+        gx_do_nvlist* nv = gx_do_nvlist_new();
+        ASSERT_GT(internal_fn<enum_nvlist_fn>("obj_type_to_nvlist")(nullptr, 0, "attr", nv, 0, 1, h, &err), 0);
+        const plat::NameValueList items = plat::nvlist_items(nv);
+        gx_do_nvlist_deref(nv);
+        if (variant == 0) {
+            EXPECT_TRUE(is_null(values().at(0)));
+            EXPECT_TRUE(is_null(items.at(0).value));
+        } else {
+            EXPECT_EQ(std::get<plat::EnumText>(values().at(0).v).text, "OBJ_DHCP_DECAP");
+            EXPECT_EQ(std::get<plat::EnumText>(items.at(0).value.v).text, "OBJ_DHCP_DECAP");
+        }
+    }
+}
+
+// A union whose schema gives it a default: its discriminator is at default exactly when
+// its value is 1, in the rendering to properties and to a value list alike.
+TEST_F(Vlist, ADiscriminatorWithADefaultIsAtDefaultAtValueOne) {
+    const std::string type = "access_list_ipsimple1_b_cp";
+    db::RecordPtr rec = db::make_record(type);
+    for (int64_t value : {0, 1, 2}) {
+        SCOPED_TRACE(value);
+        db::set_int(*rec, "descriminator", value);
+        gx_do_properties* props = plat::properties_new();
+        ASSERT_EQ(type_row(type)(nullptr, 0, "", props, rec.get(), 0, &err), 0);
+        EXPECT_EQ(plat::properties_get(props, "descriminator")->is_default, value == 1);
+        plat::properties_deref(props);
+        fresh();
+        ASSERT_GT(all(type, rec.get()), 0);
+        EXPECT_EQ(values().at(0).is_default, value == 1);
+    }
+}
+
+// The selector's limits hold at a nested level too: a token of 257 characters is refused, one
+// of 256 is only unknown; an error word left by the nested record's accessor makes the next
+// level refuse.
+TEST_F(Vlist, NestedSelectorsRefuseLongTokensAndAPendingWord) {
+    db::RecordPtr rec = db::make_record("ntp_source_eol");
+    EXPECT_EQ(select("ntp_source_eol", rec.get(), "compound_0." + std::string(257, 't')), -1);
+    EXPECT_EQ(select("ntp_source_eol", rec.get(), "compound_0." + std::string(256, 't')), 0);
+    EXPECT_TRUE(values().empty());
+    ASSERT_GT(select("ntp_source_eol", rec.get(), "compound_0.ntp_source_if.handle"), 0);
+    fresh();
+    plat::fault_fail_nth("accessor", 1);   // compound_0's handle
+    EXPECT_EQ(select("ntp_source_eol", rec.get(), "compound_0.ntp_source_if.handle"), -1);
+    EXPECT_EQ(err, 5u);
+    EXPECT_TRUE(values().empty());
+}
+
+// Without state no state flag is read: of vlan_group with three elements only the name, the
+// count and per element the element and the count again (8 reads), in both renderings.
+TEST_F(Vlist, WithoutStateNoStateFlagIsRead) {
+    db::RecordPtr rec = db::make_record("vlan_group");
+    db::set_array(*rec, "vlans", {1, 2, 3});
+    gx_do_properties* props = plat::properties_new();
+    long before = plat::fault_calls("accessor");
+    ASSERT_EQ(type_row("vlan_group")(nullptr, 0, "", props, rec.get(), 0, &err), 0);
+    EXPECT_EQ(plat::fault_calls("accessor") - before, 8) << "to_properties";
+    plat::properties_deref(props);
+    before = plat::fault_calls("accessor");
+    ASSERT_GT(all("vlan_group", rec.get()), 0);
+    EXPECT_EQ(plat::fault_calls("accessor") - before, 8) << "to_vlist_all";
 }

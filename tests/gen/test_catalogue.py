@@ -123,6 +123,8 @@ BROKEN = [
     ("entrance that restates a key", "dom.zs", "entrance=tbl_kid segment=kid_again",
      "entrance=tbl_kid key=singleton segment=kid_again", ["tbl_kid_b", "key"]),
     ("empty slot beyond the end", "base.zs", "slots empty: 1 4-5", "slots empty: 1 4-5 40", ["beyond"]),
+    ("cut count of a fixed array", "dom.zs", "ports array u_int32[num_ports]", "ports array u_int32[4:16]",
+     ["top", "ports"]),
 ]
 
 
@@ -216,6 +218,9 @@ class ProductCatalogue(unittest.TestCase):
         self.assertEqual(sum(r.base for r in c.records.values()), 27)
         shapes = Counter(f.shape for r in c.records.values() for f in r.fields if f.kind == "array")
         self.assertEqual(shapes, {"fixed": 4, "counted": 7, "seq": 5, "chars": 7})
+        # vlan_group's count is the one whose low 16 bits count
+        cut = [(r.name, f.name) for r in c.records.values() for f in r.fields if f.kind == "array" and f.bound_bits == 16]
+        self.assertEqual(cut, [("vlan_group", "vlans")])
         self.assertEqual(sum(len(r.extensions) for r in c.records.values()), 10)
         self.assertEqual(sum(bool(r.extensions) for r in c.records.values()), 6)
 

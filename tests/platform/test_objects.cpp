@@ -73,6 +73,14 @@ TEST_F(Objects, IteratorsWalkFromThePreparedRecord) {
     gx_do_iter raw = {};       // never prepared: refused, and the walk is empty
     EXPECT_LT(gx_do_nlist_iter(l, &raw), 0);
     EXPECT_EQ(gx_do_nlist_has_next(&raw), 0);
+    // Only the fixed initial content starts a walk: any of bytes 8 to 31 set (a record
+    // left over from an earlier walk) is refused as well.
+    for (size_t byte = 0; byte < sizeof it.state; ++byte) {
+        gx_do_iter_prepare(&it);
+        it.state[byte] = 1;
+        EXPECT_LT(gx_do_nlist_iter(l, &it), 0) << "byte " << byte + 8;
+        EXPECT_EQ(gx_do_nlist_has_next(&it), 0);
+    }
 
     gx_do_nvlist* nv = gx_do_nvlist_new();
     gx_do_nvlist_add_null(nv, "k1");

@@ -344,6 +344,9 @@ TEST(ToolResolve, FailuresNameTheSegment) {
                             "zanfe: path 'vrf[vrf_key_vrf_name=red': segment 1 'vrf[vrf_key_vrf_name=red': '[' "
                             "without ']'");
     expect_one_line_failure(zanfe({"resolve"}), "zanfe: 'resolve' takes one PATH (got 0)");
+    // A quote in a name opens no quoted value: the path still splits at every '/'.
+    expect_one_line_failure(zanfe({"resolve", "ntp_peer_server/a'b/c"}),
+                            "zanfe: path 'ntp_peer_server/a'b/c': segment 2 'a'b': unexpected ''' in the name");
 }
 
 TEST(ToolDb, BrokenOrMissingFileIsOneLineAndNothingElse) {

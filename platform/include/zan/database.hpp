@@ -340,4 +340,19 @@ struct LiveCounts {
 };
 LiveCounts live_counts();
 
+// What the key conversions and the key record setters were given, on this thread, since the
+// last clear: the value flag of each arbor_fe_gx_rsltype_get_data and
+// arbor_fe_gx_rsltype_get_rsl_obj call, and the call-site tag pending at each <k>_<f>_set
+// (which the setter spends, as an allocation would), with the field's name.
+struct KeyCalls {
+    std::vector<uint32_t> data_flags, obj_flags;
+    std::vector<std::pair<std::string, uint32_t>> set_tags;
+};
+const KeyCalls& key_calls();
+void key_calls_clear();
+
+// Counts and lengths of arrays as <type>_<count>_get_value answers them: while a script is
+// set on this thread each read answers its next number; once used up, the stored count.
+void bound_script(std::vector<uint32_t> answers);
+
 }  // namespace zan::db

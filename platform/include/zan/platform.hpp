@@ -188,12 +188,31 @@ void alloc_fail_nth(long n);              // the n-th attempt from now fails (1 
 void alloc_fail_site(std::optional<uint32_t> tag);   // every allocation of this site tag fails
 long alloc_count();                       // allocations attempted since start, failed ones too
 
+// One call of the allocator's C interface, as the caller made it: the arguments of
+// __tallow_malloc and __tallow_strdup (all five besides the size or text), or the block of
+// __tallow_free.
+struct AllocCall {
+    enum Kind : uint8_t { malloc, strdup, free } kind;
+    uint32_t tag = 0;
+    const uint64_t* type_cell = nullptr;
+    const char* type_name = nullptr;
+    const uint64_t* pool_cell = nullptr;
+    const char* pool_name = nullptr;
+    const void* block = nullptr;           // given or freed; nullptr: the attempt failed
+};
+using AllocWatch = std::function<void(const AllocCall&)>;
+// While a watch is set, every call of the three is handed to it on the calling thread, the
+// platform's own frees of traversal objects included.
+void alloc_set_watch(AllocWatch watch);
+void alloc_clear_watch();
+
 // ---------------------------------------------------------------- trace
 struct TraceRecord {
     std::string unit;        // message table's name
     uint32_t index;
     uint32_t level;
     std::string text;        // the format with its arguments filled in
+    uint16_t module = 0;     // the module id the call passed
 };
 using TraceSink = std::function<void(const TraceRecord&)>;
 // While a sink is set, every trace call is formatted and handed to it (on the calling
@@ -221,13 +240,22 @@ private:
 // Named fault points: every gx_do_*_new ("gx_do_vlist_new", ...), every add/set operation
 // of the data objects ("gx_do_vlist_add_null", "gx_do_properties_set_null", ...),
 // "arbor_fe_ntlist_add", "arbor_traverse_create", "arbor_id_create",
-// "arbor_params_t_set_last", "arbor_register_fe_gx_vectors", and the database accessors
-// ("accessor"). A failing _new or create gives NULL, a failing add/set answers its failure
-// value, a failing set_last, accessor or ntlist add sets the error word (to EIO, 5) and
-// yields nothing, a failing registration answers -1. Other names may be armed and hit too.
+// "arbor_params_t_set_last", "arbor_register_fe_gx_vectors", the traversal and identity
+// setters ("arbor_traverse_pq_luid_set_mem", "arbor_traverse_pq_set_value",
+// "arbor_id_type_luid_set_mem", "arbor_id_field_id_set_value",
+// "arbor_traverse_arbor_id_vec_set"), "arbor_traverse_deref_table_get", and the database
+// accessors ("accessor"). A failing _new or create gives NULL, a failing add/set answers its
+// failure value, a failing set_last, setter, deref_table_get, accessor or ntlist add sets the
+// error word (to EIO, 5) and yields nothing (deref_table_get: NULL), a failing registration
+// answers -1. Other names may be armed and hit too.
 void fault_fail_nth(std::string_view point, long n);   // n-th call from now (1 = next); 0 clears
 void fault_fail_always(std::string_view point, bool on);
-void fault_clear_all();                                // the allocator's injection too
+void fault_clear_all();                                // the allocator's injection and the answer below too
+// What a failing value add ("gx_do_vlist_add_value", "gx_do_nvlist_add_value",
+// "gx_do_properties_set_value") answers: -1 unless set otherwise.
+void fault_set_value_add_answer(int32_t answer);
+// Calls of arbor_fe_ntlist_add that found the error word already set, since start.
+long ntlist_add_calls_with_error();
 long fault_calls(std::string_view point);              // calls seen at this point since start
 std::span<const std::string_view> fault_points();      // the names the platform's operations hit
 // Called by the platform's own operations at each fault point: counts the call and
