@@ -31,23 +31,6 @@ struct Node {
     bool empty() const { return kind == object ? members.empty() : kind == array ? items.empty() : false; }
 };
 
-void quote(std::string& out, std::string_view s) {
-    out += '"';
-    for (const char ch : s) {
-        const auto c = static_cast<unsigned char>(ch);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += ch;
-        } else if (c < 0x20) {
-            char buf[8];
-            std::snprintf(buf, sizeof buf, "\\u%04x", c);
-            out += buf;
-        } else {
-            out += ch;
-        }
-    }
-    out += '"';
-}
 
 void print(std::string& out, const Node& n, int depth) {
     const std::string pad(2 * depth + 2, ' ');
@@ -82,7 +65,7 @@ void print(std::string& out, const Node& n, int depth) {
         for (size_t i = 0; i < n.members.size(); ++i) {
             out += i ? ",\n" : "\n";
             out += pad;
-            quote(out, n.members[i].first);
+            append_json_string(out, n.members[i].first);
             out += ": ";
             print(out, n.members[i].second, depth + 1);
         }
@@ -100,7 +83,7 @@ Node scalar(std::string text) {
 
 Node string_node(std::string_view s) {
     std::string t;
-    quote(t, s);
+    append_json_string(t, s);
     return scalar(std::move(t));
 }
 
@@ -315,3 +298,32 @@ std::string document(const db::Store& store, const Rendered& rows, const RenderF
 }
 
 }  // namespace zan::engine::rfc7951
+
+namespace zan::engine {
+
+void append_json_string(std::string& out, std::string_view text) {
+    out += '"';
+    for (const char ch : text) {
+        const auto c = static_cast<unsigned char>(ch);
+        switch (c) {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        case '\b': out += "\\b"; break;
+        case '\f': out += "\\f"; break;
+        default:
+            if (c < 0x20) {
+                char buf[8];
+                std::snprintf(buf, sizeof buf, "\\u%04x", c);
+                out += buf;
+            } else {
+                out += ch;
+            }
+        }
+    }
+    out += '"';
+}
+
+}  // namespace zan::engine

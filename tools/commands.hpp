@@ -9,6 +9,7 @@
 
 #include "cli.hpp"
 #include "zan/engine.hpp"
+#include "zan/rfc7951.hpp"
 
 namespace zanfe {
 
@@ -52,7 +53,6 @@ std::string row_path(const zan::db::Row& row);
 // JSON form of a value: null, numbers and booleans as such, the rest as strings or arrays.
 void append_json_value(std::string& out, const zan::plat::Value& v);
 
-// JSON string literal of text, quotes included.
-void append_json_string(std::string& out, std::string_view text);
+using zan::engine::append_json_string;
 
 }  // namespace zanfe

@@ -21,6 +21,12 @@
 #include "zan/database.hpp"
 #include "zan/platform.hpp"
 
+namespace zan::engine {
+// JSON string literal of text, quotes included: the one writer of JSON strings of the
+// engine's printers and the tool's JSON output.
+void append_json_string(std::string& out, std::string_view text);
+}  // namespace zan::engine
+
 namespace zan::engine::rfc7951 {
 
 inline constexpr std::string_view k_module = "zan-config";
