@@ -406,48 +406,74 @@ private:
     }
 };
 
-// Parses with comments allowed, and refuses a member name repeated within one object
-// (which the JSON library would silently collapse), naming its place.
-json parse(std::string_view text) {
+// Builds the document through the library's SAX interface (its tree builder behind it), with
+// comments allowed, and refuses a member name repeated within one object (which the tree
+// would silently collapse), naming its place. The tree builder with a callback instead
+// rescans every array it fills, which makes a long array cost the square of its length.
+class Reader {
+public:
+    explicit Reader(json& doc) : dom_(doc, true) {}
+
+    bool null() { return value(dom_.null()); }
+    bool boolean(bool v) { return value(dom_.boolean(v)); }
+    bool number_integer(json::number_integer_t v) { return value(dom_.number_integer(v)); }
+    bool number_unsigned(json::number_unsigned_t v) { return value(dom_.number_unsigned(v)); }
+    bool number_float(json::number_float_t v, const json::string_t& text) { return value(dom_.number_float(v, text)); }
+    bool string(json::string_t& v) { return value(dom_.string(v)); }
+    bool binary(json::binary_t& v) { return value(dom_.binary(v)); }
+    bool start_object(size_t n) {
+        frames_.emplace_back().array = false;
+        return dom_.start_object(n);
+    }
+    bool start_array(size_t n) {
+        frames_.emplace_back().array = true;
+        return dom_.start_array(n);
+    }
+    bool key(json::string_t& k) {
+        if (!frames_.back().keys.insert(k).second) fault(place(k), "member repeated in the same object");
+        frames_.back().key = k;
+        return dom_.key(k);
+    }
+    bool end_object() { return closed(dom_.end_object()); }
+    bool end_array() { return closed(dom_.end_array()); }
+    bool parse_error(size_t position, const std::string& token, const nlohmann::detail::exception& e) {
+        return dom_.parse_error(position, token, e);   // throws it
+    }
+
+private:
     struct Frame {
         bool array = false;
         size_t index = 0;
         std::string key;
         std::set<std::string> keys;
     };
-    std::vector<Frame> frames;
-    auto place = [&](const std::string& last) {
+    nlohmann::detail::json_sax_dom_parser<json> dom_;
+    std::vector<Frame> frames_;
+
+    Place place(const std::string& last) const {
         Place p;
-        for (const Frame& f : frames) {
+        for (const Frame& f : frames_) {
             if (f.array) p.push_back(f.index);
-            else if (&f != &frames.back()) p.push_back(f.key);
+            else if (&f != &frames_.back()) p.push_back(f.key);
         }
         p.push_back(last);
         return p;
-    };
-    auto element_done = [&] {
-        if (!frames.empty() && frames.back().array) ++frames.back().index;
-    };
-    json::parser_callback_t cb = [&](int, json::parse_event_t ev, json& parsed) {
-        switch (ev) {
-            case json::parse_event_t::object_start: frames.emplace_back().array = false; break;
-            case json::parse_event_t::array_start: frames.emplace_back().array = true; break;
-            case json::parse_event_t::key: {
-                std::string k = parsed.get<std::string>();
-                if (!frames.back().keys.insert(k).second) fault(place(k), "member repeated in the same object");
-                frames.back().key = std::move(k);
-                break;
-            }
-            case json::parse_event_t::object_end:
-            case json::parse_event_t::array_end:
-                frames.pop_back();
-                element_done();
-                break;
-            case json::parse_event_t::value: element_done(); break;
-        }
-        return true;
-    };
-    return json::parse(text.begin(), text.end(), cb, true, true);
+    }
+    bool value(bool ok) {
+        if (!frames_.empty() && frames_.back().array) ++frames_.back().index;
+        return ok;
+    }
+    bool closed(bool ok) {
+        frames_.pop_back();
+        return value(ok);
+    }
+};
+
+json parse(std::string_view text) {
+    json doc;
+    Reader reader(doc);
+    json::sax_parse(text.begin(), text.end(), &reader, nlohmann::detail::input_format_t::json, true, true);
+    return doc;
 }
 
 std::string where_in_text(std::string_view text, size_t byte) {
