@@ -436,8 +436,10 @@ public:
     }
     bool end_object() { return closed(dom_.end_object()); }
     bool end_array() { return closed(dom_.end_array()); }
-    bool parse_error(size_t position, const std::string& token, const nlohmann::detail::exception& e) {
-        return dom_.parse_error(position, token, e);   // throws it
+    // Throws the library's exception as its own type (parse_error with its byte offset).
+    template <class Exception>
+    bool parse_error(size_t position, const std::string& token, const Exception& e) {
+        return dom_.parse_error(position, token, e);
     }
 
 private:

@@ -253,6 +253,8 @@ struct Blanks {
     static const Record* make(const TypeInfo& t, int32_t variant) {
         auto* r = new Record(t, *registry().desc_by_type.at(&t), nullptr, true);
         r->variant = r->inner_variant = variant;
+        r->twin.store(r, std::memory_order_relaxed);
+        r->inner_blanks = std::make_unique<std::atomic<const Record*>[]>(r->slots.size());
         return r;
     }
 };
@@ -284,7 +286,19 @@ const Record& blank_record(const TypeInfo& t, int32_t variant) {
 
 const Record& nested_at(const Record& r, size_t i) {
     if (const Record* made = r.slots[i].nested.get()) return *made;
-    return blank_record(*r.type->fields[i].target, r.inner_variant);
+    // Two readers may both look a blank up; they find the same one.
+    const Record* twin = r.twin.load(std::memory_order_acquire);
+    if (!twin) {
+        twin = &blank_record(*r.type, r.inner_variant);
+        r.twin.store(twin, std::memory_order_release);
+    }
+    std::atomic<const Record*>& cell = twin->inner_blanks[i];
+    const Record* blank = cell.load(std::memory_order_acquire);
+    if (!blank) {
+        blank = &blank_record(*r.type->fields[i].target, twin->inner_variant);
+        cell.store(blank, std::memory_order_release);
+    }
+    return *blank;
 }
 
 const void* nested_handle(const Record& r, size_t i) {
@@ -588,6 +602,7 @@ void set_variant(Record& r, int32_t variant, bool with_nested) {
     r.variant = variant;
     if (!with_nested) return;
     r.inner_variant = variant;
+    r.twin.store(nullptr, std::memory_order_relaxed);
     for (Slot& s : r.slots) {
         if (s.nested) set_variant(*s.nested, variant, true);
         for (auto& el : s.sequence) set_variant(*el, variant, true);
@@ -809,6 +824,7 @@ void set_parent(Row& row, const Row* parent) {
 const Row* parent_of(const Row& row) { return row.parent; }
 
 std::vector<uint8_t> row_key(const Row& row) {
+    counters().key_compares.fetch_add(1, std::memory_order_relaxed);   // made to be compared
     const TableInfo& t = *row.table;
     for (size_t i = 0; i < t.rows.size() && i < 2; ++i) {
         if (t.rows[i] != t.key_type || !row.records[i]) continue;
@@ -822,7 +838,8 @@ std::vector<uint8_t> row_key(const Row& row) {
 namespace {
 
 // A stored key, and the same behind the 8 bytes of a parent row's address. The equality
-// counts its calls: what a lookup compares is observable (LiveCounts::key_compares).
+// counts its calls, as row_key counts the keys it makes: what a lookup compares is
+// observable (LiveCounts::key_compares).
 struct KeyEqual {
     bool operator()(const std::string& a, const std::string& b) const {
         counters().key_compares.fetch_add(1, std::memory_order_relaxed);
@@ -840,12 +857,15 @@ std::string key_text(const Row* parent, std::span<const uint8_t> key) {
     return out;
 }
 
-// The indexes of one table's rows: by key, by parent and key, by parent. Each list is in the
-// order the rows were added.
+// The indexes of one table's rows: by key, by parent and key, by parent, each made on its
+// first use (a table walked only from its parents never needs the first). Each list is in
+// the order the rows were added.
+enum IndexKind { by_key, by_parent_key, by_parent };
 struct TableIndex {
     uint64_t epoch = 0;
     size_t rows = 0;
-    KeyMap by_key, by_parent_key;
+    bool made[3] = {};
+    KeyMap keys[2];   // by_key, by_parent_key
     std::unordered_map<const Row*, std::vector<const Row*>> children;
 };
 
@@ -861,22 +881,27 @@ struct Store::Impl {
     std::unordered_map<const TableInfo*, TableIndex> indexes;
 
     // The index of a table as the rows stand now; the caller holds index_lock.
-    const TableIndex& index(const TableInfo& table) {
+    const TableIndex& index(const TableInfo& table, IndexKind kind) {
         TableIndex& x = indexes[table.table];
         auto it = by_table.find(table.table);
         const size_t n = it == by_table.end() ? 0 : it->second.size();
         const uint64_t epoch = key_epoch();
-        if (x.epoch == epoch && x.rows == n && epoch != 0) return x;
-        x = TableIndex{};
-        x.epoch = epoch;
-        x.rows = n;
-        if (n == 0) return x;
-        x.by_key.reserve(n);
+        if (x.epoch != epoch || x.rows != n || epoch == 0) {
+            x = TableIndex{};
+            x.epoch = epoch;
+            x.rows = n;
+        }
+        if (x.made[kind] || n == 0) return x;
+        x.made[kind] = true;
+        if (kind == by_parent) {
+            for (const Row* r : it->second) x.children[r->parent].push_back(r);
+            return x;
+        }
+        KeyMap& keys = x.keys[kind];
+        keys.reserve(n);
         for (const Row* r : it->second) {
             const std::vector<uint8_t> key = row_key(*r);
-            x.by_key[key_text(key)].push_back(r);
-            x.by_parent_key[key_text(r->parent, key)].push_back(r);
-            x.children[r->parent].push_back(r);
+            keys[kind == by_key ? key_text(key) : key_text(r->parent, key)].push_back(r);
         }
         return x;
     }
@@ -916,24 +941,24 @@ std::vector<const Row*> Store::rows_under(const TableInfo& table, const Row* par
 
 std::vector<const Row*> Store::children(const TableInfo& table, const Row* parent) const {
     std::lock_guard<std::mutex> hold(impl_->index_lock);
-    const TableIndex& x = impl_->index(table);
+    const TableIndex& x = impl_->index(table, by_parent);
     auto it = x.children.find(parent);
     return it == x.children.end() ? std::vector<const Row*>{} : it->second;
 }
 
 std::vector<const Row*> Store::with_key(const TableInfo& table, std::span<const uint8_t> key) const {
     std::lock_guard<std::mutex> hold(impl_->index_lock);
-    const TableIndex& x = impl_->index(table);
-    auto it = x.by_key.find(key_text(key));
-    return it == x.by_key.end() ? std::vector<const Row*>{} : it->second;
+    const KeyMap& keys = impl_->index(table, by_key).keys[by_key];
+    auto it = keys.find(key_text(key));
+    return it == keys.end() ? std::vector<const Row*>{} : it->second;
 }
 
 std::vector<const Row*> Store::with_key_under(const TableInfo& table, const Row* parent,
                                                   std::span<const uint8_t> key) const {
     std::lock_guard<std::mutex> hold(impl_->index_lock);
-    const TableIndex& x = impl_->index(table);
-    auto it = x.by_parent_key.find(key_text(parent, key));
-    return it == x.by_parent_key.end() ? std::vector<const Row*>{} : it->second;
+    const KeyMap& keys = impl_->index(table, by_parent_key).keys[by_parent_key];
+    auto it = keys.find(key_text(parent, key));
+    return it == keys.end() ? std::vector<const Row*>{} : it->second;
 }
 
 size_t Store::size() const { return impl_->rows.size(); }

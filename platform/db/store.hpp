@@ -39,6 +39,10 @@ public:
     const desc::RecordDesc* desc = nullptr;
     const Record* parent = nullptr;  // record that holds this one
     std::vector<Slot> slots;         // one per field of desc, in order
+    // The blank of its type and inner variant, found once (itself for a blank); and a blank's
+    // blanks of its nested fields, found on first use: a record not made costs no lookup.
+    mutable std::atomic<const Record*> twin{nullptr};
+    std::unique_ptr<std::atomic<const Record*>[]> inner_blanks;
 
     Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* parent, bool blank = false);
     ~Record();

@@ -485,7 +485,7 @@ TEST_F(Config, LongFilesKeepThePlacesOfTheirFaults) {
         {R"({ "vlan_group_name": "g7" })",
          "t.json: tbl_vlan_group[3000]: duplicate key: another tbl_vlan_group row at the top level has vlan_group_name \"g7\""},
         {R"({ "vlan_group_name": "x", "vlans": [1, -2] })",
-         "t.json: tbl_vlan_group[3000].\"vlans\"[1]: negative array elements are not kept"},
+         "t.json: tbl_vlan_group[3000].\"vlans\"[1]: -2 is out of range for u_int16"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.error);

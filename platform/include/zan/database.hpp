@@ -349,7 +349,7 @@ struct LiveCounts {
     long key_records = 0;    // made by <k>_create, not yet destroyed by <k>_destroy
     long bad_handles = 0;    // accessor calls given a handle not of their type (since start)
     long bad_releases = 0;   // destroy calls given an object not of their kind (since start)
-    long key_compares = 0;   // stored keys the stores' keyed lookups compared (since start)
+    long key_compares = 0;   // stored keys compared by the stores' lookups, or made by row_key (since start)
 };
 LiveCounts live_counts();
 
