@@ -49,7 +49,7 @@ def main(argv):
     print("|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|")
     for s, name in enumerate(shapes):
         for n in sizes:
-            rows = get("ScaleLoad", s, n, "rows") or n
+            rows = int(get("ScaleLoad", s, n, "rows") or n)
             load_ms, heap = get("ScaleLoad", s, n), get("ScaleLoad", s, n, "heap")
             get_ms, dump_ms = get("ScaleGetLast", s, n), get("ScaleDump", s, n)
             ly_ms, ly_heap = get("PeerScaleParse", s, n), get("PeerScaleParse", s, n, "heap")
