@@ -2,7 +2,6 @@
 // rows of a store.
 #include <algorithm>
 #include <cstring>
-#include <unordered_set>
 
 #include "zan/engine.hpp"
 
@@ -98,7 +97,31 @@ const zan::db::TableInfo* table_of_vector(const void* vft) {
     return nullptr;
 }
 
+namespace {
+
+// Traversal i + 1 when it is a well-formed query step of `table`: the path step i and it
+// are then answered together by the store's key index.
+const zan::plat::TraversalView* query_after(const std::vector<zan::plat::TraversalView>& traversals, size_t i,
+                                            const zan::db::TableInfo& table) {
+    if (i + 1 >= traversals.size()) return nullptr;
+    const auto& q = traversals[i + 1];
+    if (!q.pq_set || q.pq != 1 || !q.deref_table.luid_set) return nullptr;
+    const zan::db::TableInfo* t = zan::db::find_luid(q.deref_table.type_luid).table;
+    return t && t->table == table.table ? &q : nullptr;
+}
+
+// Rows gathered parent by parent, back in the order the store added them.
+void in_store_order(std::vector<const zan::db::Row*>& rows, size_t parents) {
+    if (parents > 1)
+        std::sort(rows.begin(), rows.end(), [](const zan::db::Row* a, const zan::db::Row* b) {
+            return zan::db::Store::order_of(*a) < zan::db::Store::order_of(*b);
+        });
+}
+
+}  // namespace
+
 Walk walk(const zan::db::Store& store, const std::vector<zan::plat::TraversalView>& traversals) {
+    static const std::vector<uint8_t> no_key;
     Walk w;
     bool started = false;
     for (size_t i = 0; i < traversals.size(); ++i) {
@@ -113,31 +136,28 @@ Walk walk(const zan::db::Store& store, const std::vector<zan::plat::TraversalVie
         if (table == nullptr || !t.deref_table.luid_set) return stop("deref_table names no table");
         if (t.pq == 1) {
             if (!started || table->table != w.table->table) return stop("query step without a path step of its table");
-            static const std::vector<uint8_t> no_key;
             const std::vector<uint8_t>& key = t.key_data ? *t.key_data : no_key;
             std::erase_if(w.rows, [&](const zan::db::Row* row) { return zan::db::row_key(*row) != key; });
             continue;
         }
-        // Path step.
+        // Path step, with the query step after it when there is one: the store's indexes
+        // give the rows under each parent, or those with the key, without a scan.
+        const zan::plat::TraversalView* query = query_after(traversals, i, *table);
+        const std::vector<uint8_t>* key = query ? (query->key_data ? &*query->key_data : &no_key) : nullptr;
         std::vector<const zan::db::Row*> next;
         const auto& parent_id = t.id_vec[0];
         if (parent_id && parent_id->luid_set) {
             if (!started || !same_luid(parent_id->type_luid, w.table->luid))
                 return stop("parent table is not the table of the step before");
-            // Keys narrow a path to one row, or a few: a scan of them beats hashing them.
-            const auto is_parent = [&](const zan::db::Row* p) {
-                return std::find(w.rows.begin(), w.rows.end(), p) != w.rows.end();
-            };
-            if (w.rows.size() <= 8) {
-                for (const zan::db::Row* row : store.rows(*table))
-                    if (is_parent(zan::db::parent_of(*row))) next.push_back(row);
-            } else {
-                const std::unordered_set<const zan::db::Row*> parents(w.rows.begin(), w.rows.end());
-                for (const zan::db::Row* row : store.rows(*table))
-                    if (parents.count(zan::db::parent_of(*row))) next.push_back(row);
+            for (const zan::db::Row* parent : w.rows) {
+                const auto rows = key ? store.with_key_under(*table, parent, *key) : store.children(*table, parent);
+                next.insert(next.end(), rows.begin(), rows.end());
             }
+            in_store_order(next, w.rows.size());
+        } else if (key) {
+            // A table without a parent link: its rows with the key, under any parent.
+            next = store.with_key(*table, *key);
         } else {
-            // A table without a parent link: all its rows.
             const auto rows = store.rows(*table);
             next.assign(rows.begin(), rows.end());
         }
@@ -146,6 +166,7 @@ Walk walk(const zan::db::Store& store, const std::vector<zan::plat::TraversalVie
         const zan::db::TableInfo* pos = t.pq_luid ? zan::db::position_by_pq(t.pq_luid->data()) : nullptr;
         w.position = pos ? pos : table;
         started = true;
+        if (query) ++i;   // its query step is answered
     }
     return w;
 }

@@ -1,12 +1,15 @@
 // The configuration loader: JSON text to rows of a fresh store. Every fault ends the load
 // with one line naming the place as a path into the document.
+#include <algorithm>
 #include <cstdio>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <limits>
 #include <map>
+#include <optional>
 #include <set>
+#include <unordered_set>
 #include <sstream>
 #include <variant>
 #include <vector>
@@ -27,15 +30,34 @@ using db::TableInfo;
 using db::TypeInfo;
 using db::Word;
 
-// A place in the document: member names and array indexes from the top.
-using Step = std::variant<std::string, size_t>;
-using Place = std::vector<Step>;
+// A place in the document: member names and array indexes from the top, as a fault names it.
+using Steps = std::vector<std::variant<std::string, size_t>>;
+
+// The same while loading: the last step and the place it is taken in, made on the stack as
+// the loader descends (names held by the document or by the loader's callers), and spelled
+// out as Steps only for a fault. The place of a step must outlive it.
+struct Place {
+    const Place* up = nullptr;                            // nullptr: taken at the top level
+    std::optional<std::variant<std::string_view, size_t>> step;   // none: the top level itself
+};
+
+Place operator+(const Place& p, std::variant<std::string_view, size_t> s) { return Place{p.step ? &p : nullptr, s}; }
+
+Steps spelled(const Place& place) {
+    Steps out;
+    for (const Place* p = &place; p && p->step; p = p->up) {
+        if (const size_t* i = std::get_if<size_t>(&*p->step)) out.emplace_back(*i);
+        else out.emplace_back(std::string(std::get<std::string_view>(*p->step)));
+    }
+    std::reverse(out.begin(), out.end());
+    return out;
+}
 
 // Table names and "children" stand bare, every other member name quoted:
 //   tbl_ci_vrf_eol[1].children.tbl_ci_vrf_afi_mode_eol[0]."vrf_af_afi"
-std::string place_text(const Place& place) {
+std::string place_text(const Steps& place) {
     std::string out;
-    for (const Step& s : place) {
+    for (const auto& s : place) {
         if (const size_t* i = std::get_if<size_t>(&s)) {
             out += '[' + std::to_string(*i) + ']';
             continue;
@@ -68,16 +90,11 @@ std::string one_line(std::string_view s) {
 }
 
 struct Fault {
-    Place place;
+    Steps place;
     std::string what;
 };
 
-[[noreturn]] void fault(const Place& place, std::string what) { throw Fault{place, std::move(what)}; }
-
-Place operator+(Place p, Step s) {
-    p.push_back(std::move(s));
-    return p;
-}
+[[noreturn]] void fault(const Place& place, std::string what) { throw Fault{spelled(place), std::move(what)}; }
 
 std::string got(const json& v) {
     if (v.is_string()) return "string \"" + one_line(v.get<std::string>()) + "\"";
@@ -117,7 +134,7 @@ public:
     void document(const json& doc) {
         if (!doc.is_object()) fault({}, "expected an object of tables, got " + got(doc));
         for (const auto& [name, rows] : doc.items()) {
-            Place at{name};
+            const Place at = Place{} + name;
             if (name == "@default_variant") {
                 if (!rows.is_number_integer()) fault(at, "expected an integer, got " + got(rows));
                 if (rows.is_number_unsigned() ? rows.get<uint64_t>() > uint64_t(std::numeric_limits<int32_t>::max())
@@ -146,7 +163,8 @@ public:
 private:
     db::Store& store_;
     // Keys of the rows added so far, by table and parent.
-    std::map<std::pair<const TableInfo*, const db::Row*>, std::set<std::vector<uint8_t>>> keys_;
+    // Keys of the rows added so far: the table's and the parent's addresses, then the key.
+    std::unordered_set<std::string> keys_;
 
     static std::string parents_of(const TableInfo& table) {
         std::string out;
@@ -160,12 +178,12 @@ private:
     void records(const json& types, const Place& at) {
         if (!types.is_object()) fault(at, "expected an object of record types, got " + got(types));
         for (const auto& [type, list] : types.items()) {
-            Place tat = at + type;
+            const Place tat = at + type;
             const TypeInfo* t = db::type_info(type);
             if (!t || t->category != db::Category::record) fault(tat, "unknown record type");
             if (!list.is_array()) fault(tat, "expected an array of records, got " + got(list));
             for (size_t i = 0; i < list.size(); ++i) {
-                Place rat = tat + i;
+                const Place rat = tat + i;
                 if (!list[i].is_object()) fault(rat, "expected a record object, got " + got(list[i]));
                 db::Record& rec = store_.add_record(type);
                 for (const auto& [name, value] : list[i].items())
@@ -183,7 +201,7 @@ private:
         if (!obj.is_object()) fault(at, "expected a row object, got " + got(obj));
         const TableInfo& table = *pos.table;
         db::Row& row = store_.add(table.name, parent);
-        std::set<std::string> given;
+        std::vector<std::string_view> given;   // attribute names, held by the document
         const json* children = nullptr;
         const json* state = nullptr;
         for (const auto& [name, value] : obj.items()) {
@@ -201,12 +219,13 @@ private:
             } else {
                 auto [rec, field] = row_attribute(table, row, name, at + name);
                 set_value(*rec, name, *field, value, at + name);
-                given.insert(name);
+                given.push_back(name);
             }
         }
         if (state) {
             for (const auto& [name, flag] : state->items()) {
-                Place fat = at + "@state" + name;
+                const Place states = at + "@state";
+                const Place fat = states + name;
                 auto [rec, field] = row_attribute(table, row, name, fat);
                 if (!flag.is_number_integer() || flag.get<int64_t>() < 0 || flag.get<int64_t>() > 255)
                     fault(fat, "expected a state flag 0 to 255, got " + got(flag));
@@ -216,7 +235,8 @@ private:
         check_key(table, row, parent, given, at);
         if (children) {
             for (const auto& [name, rows] : children->items()) {
-                Place cat = at + "children" + name;
+                const Place under_children = at + "children";
+                const Place cat = under_children + name;
                 const TableInfo* child = db::table_info(name);
                 if (!child || !name.starts_with("tbl_")) fault(cat, "unknown table");
                 const TableInfo* under = nullptr;
@@ -344,7 +364,7 @@ private:
             case FieldKind::sequence: {
                 if (!v.is_array()) fault(at, "expected an array of elements, got " + got(v));
                 for (size_t i = 0; i < v.size(); ++i) {
-                    Place eat = at + i;
+                    const Place eat = at + i;
                     if (!v[i].is_object()) fault(eat, "expected an element object, got " + got(v[i]));
                     db::Record& el = db::append(rec, path);
                     for (const auto& [name, value] : v[i].items()) {
@@ -385,70 +405,106 @@ private:
     }
 
     // Every row names its key, and no two rows of a table under the same parent share it.
-    void check_key(const TableInfo& table, const db::Row& row, const db::Row* parent, const std::set<std::string>& given,
+    void check_key(const TableInfo& table, const db::Row& row, const db::Row* parent,
+                   const std::vector<std::string_view>& given,
                    const Place& at) {
-        std::vector<std::string> names;
+        std::vector<std::string_view> names;
         if (table.key_kind == db::KeyKind::compound)
             for (const FieldInfo* p : table.key_parts) names.emplace_back(p->name);
         else
             names.emplace_back(table.key_name);
-        for (const std::string& n : names)
-            if (!given.count(n)) fault(at, "row has no key attribute \"" + n + "\"");
-        if (!keys_[{&table, parent}].insert(db::row_key(row)).second) {
+        for (const std::string_view n : names)
+            if (std::find(given.begin(), given.end(), n) == given.end())
+                fault(at, "row has no key attribute \"" + std::string(n) + "\"");
+        std::string stored(2 * sizeof(void*), '\0');
+        const void* owners[2] = {&table, parent};
+        std::memcpy(stored.data(), owners, sizeof owners);
+        const std::vector<uint8_t> bytes = db::row_key(row);
+        stored.append(bytes.begin(), bytes.end());
+        if (!keys_.insert(std::move(stored)).second) {
             std::string key;
             const db::Record* rec = nullptr;
             for (size_t r = 0; r < table.rows.size(); ++r)
                 if (table.rows[r] == table.key_type) rec = db::row_record(row, r);
-            for (const std::string& n : names)
-                key += (key.empty() ? "" : ", ") + n + " " + plat::to_text(*db::value_of(db::handle(*rec, n)));
+            for (const std::string_view n : names)
+                key += (key.empty() ? "" : ", ") + std::string(n) + " " +
+                       plat::to_text(*db::value_of(db::handle(*rec, n)));
             fault(at, "duplicate key: another " + std::string(table.name) + " row " +
                           (parent ? "under the same parent " : "at the top level ") + "has " + one_line(key));
         }
     }
 };
 
-// Parses with comments allowed, and refuses a member name repeated within one object
-// (which the JSON library would silently collapse), naming its place.
-json parse(std::string_view text) {
+// Builds the document through the library's SAX interface (its tree builder behind it), with
+// comments allowed, and refuses a member name repeated within one object (which the tree
+// would silently collapse), naming its place. The tree builder with a callback instead
+// rescans every array it fills, which makes a long array cost the square of its length.
+class Reader {
+public:
+    explicit Reader(json& doc) : dom_(doc, true) {}
+
+    bool null() { return value(dom_.null()); }
+    bool boolean(bool v) { return value(dom_.boolean(v)); }
+    bool number_integer(json::number_integer_t v) { return value(dom_.number_integer(v)); }
+    bool number_unsigned(json::number_unsigned_t v) { return value(dom_.number_unsigned(v)); }
+    bool number_float(json::number_float_t v, const json::string_t& text) { return value(dom_.number_float(v, text)); }
+    bool string(json::string_t& v) { return value(dom_.string(v)); }
+    bool binary(json::binary_t& v) { return value(dom_.binary(v)); }
+    bool start_object(size_t n) {
+        frames_.emplace_back().array = false;
+        return dom_.start_object(n);
+    }
+    bool start_array(size_t n) {
+        frames_.emplace_back().array = true;
+        return dom_.start_array(n);
+    }
+    bool key(json::string_t& k) {
+        if (!frames_.back().keys.insert(k).second) throw Fault{place(k), "member repeated in the same object"};
+        frames_.back().key = k;
+        return dom_.key(k);
+    }
+    bool end_object() { return closed(dom_.end_object()); }
+    bool end_array() { return closed(dom_.end_array()); }
+    // Throws the library's exception as its own type (parse_error with its byte offset).
+    template <class Exception>
+    bool parse_error(size_t position, const std::string& token, const Exception& e) {
+        return dom_.parse_error(position, token, e);
+    }
+
+private:
     struct Frame {
         bool array = false;
         size_t index = 0;
         std::string key;
         std::set<std::string> keys;
     };
-    std::vector<Frame> frames;
-    auto place = [&](const std::string& last) {
-        Place p;
-        for (const Frame& f : frames) {
+    nlohmann::detail::json_sax_dom_parser<json> dom_;
+    std::vector<Frame> frames_;
+
+    Steps place(const std::string& last) const {
+        Steps p;
+        for (const Frame& f : frames_) {
             if (f.array) p.push_back(f.index);
-            else if (&f != &frames.back()) p.push_back(f.key);
+            else if (&f != &frames_.back()) p.push_back(f.key);
         }
         p.push_back(last);
         return p;
-    };
-    auto element_done = [&] {
-        if (!frames.empty() && frames.back().array) ++frames.back().index;
-    };
-    json::parser_callback_t cb = [&](int, json::parse_event_t ev, json& parsed) {
-        switch (ev) {
-            case json::parse_event_t::object_start: frames.emplace_back().array = false; break;
-            case json::parse_event_t::array_start: frames.emplace_back().array = true; break;
-            case json::parse_event_t::key: {
-                std::string k = parsed.get<std::string>();
-                if (!frames.back().keys.insert(k).second) fault(place(k), "member repeated in the same object");
-                frames.back().key = std::move(k);
-                break;
-            }
-            case json::parse_event_t::object_end:
-            case json::parse_event_t::array_end:
-                frames.pop_back();
-                element_done();
-                break;
-            case json::parse_event_t::value: element_done(); break;
-        }
-        return true;
-    };
-    return json::parse(text.begin(), text.end(), cb, true, true);
+    }
+    bool value(bool ok) {
+        if (!frames_.empty() && frames_.back().array) ++frames_.back().index;
+        return ok;
+    }
+    bool closed(bool ok) {
+        frames_.pop_back();
+        return value(ok);
+    }
+};
+
+json parse(std::string_view text) {
+    json doc;
+    Reader reader(doc);
+    json::sax_parse(text.begin(), text.end(), &reader, nlohmann::detail::input_format_t::json, true, true);
+    return doc;
 }
 
 std::string where_in_text(std::string_view text, size_t byte) {

@@ -23,8 +23,8 @@ const Record* record_of(const FieldDesc& f, const void* obj, uint32_t* err) {
         fail(err, 5);
         return nullptr;
     }
-    auto* r = static_cast<const Record*>(obj);
-    if (!r || r->magic != Record::k_magic || !r->owns(f)) [[unlikely]] {
+    const Record* r = record_at(obj);
+    if (!r || !r->owns(f)) [[unlikely]] {
         bad_handle(err);
         return nullptr;
     }
@@ -57,9 +57,10 @@ Record* key_record_of(const RecordDesc& rd, const void* rec) {
 }  // namespace
 
 const void* get(const FieldDesc& f, const void* obj, uint32_t* err) {
-    const Slot* s = slot_of(f, obj, err);
-    if (!s) return nullptr;
-    return f.kind == FieldKind::nested ? static_cast<const void*>(s->nested.get()) : &s->cell;
+    const Record* r = record_of(f, obj, err);
+    if (!r) return nullptr;
+    const size_t i = r->index_of(f);
+    return f.kind == FieldKind::nested ? nested_handle(*r, i) : &r->slots[i].cell;
 }
 
 uint8_t state(const FieldDesc& f, const void* obj, uint32_t* err) {

@@ -1,9 +1,11 @@
 // Record instances and rows, their C++ interface by field path, typed key objects and the
 // stored key forms.
+#include <algorithm>
 #include <charconv>
-#include <map>
 #include <cstring>
 #include <limits>
+#include <map>
+#include <mutex>
 
 #include "core.hpp"
 #include "store.hpp"
@@ -24,8 +26,14 @@ struct Place {
     Record* element = nullptr;       // "seq[i]" as last name
 };
 
-Place resolve(Record& top, std::string_view path) {
+std::atomic<uint64_t> g_key_epoch{0};
+
+// Where a path ends. With `make`, the nested records on the way are made (the place is to be
+// written); without, a record not made is walked through its blank (the place is read).
+Place resolve(Record& top, std::string_view path, bool make) {
     if (path.empty()) fault(top, path, "empty path");
+    // A write into a top record may change a row's key.
+    if (make && !top.parent) touch_keys();
     Record* rec = &top;
     std::string_view rest = path;
     while (true) {
@@ -71,14 +79,14 @@ Place resolve(Record& top, std::string_view path) {
             return at;
         } else {
             if (f->kind != FieldKind::nested) fault(top, path, "'" + std::string(part) + "' holds no record");
-            rec = at.slot->nested.get();
+            rec = make ? &make_nested(*rec, f->id - 1) : const_cast<Record*>(&nested_at(*rec, f->id - 1));
         }
         rest = rest.substr(dot + 1);
     }
 }
 
-Place leaf_place(Record& r, std::string_view path) {
-    Place at = resolve(r, path);
+Place leaf_place(Record& r, std::string_view path, bool make = true) {
+    Place at = resolve(r, path, make);
     if (at.element) fault(r, path, "names a sequence element, not a value");
     return at;
 }
@@ -190,17 +198,17 @@ Counters& counters() {
 
 // ---------------------------------------------------------------- records
 
-Record::Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* p)
-    : variant(registry().latest_variant), type(&t), desc(&d), parent(p), slots(d.count) {
-    counters().records.fetch_add(1, std::memory_order_relaxed);
+Record::Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* p, bool is_blank)
+    : variant(registry().latest_variant), inner_variant(variant), blank(is_blank), type(&t), desc(&d), parent(p),
+      slots(d.count) {
+    if (!blank) counters().records.fetch_add(1, std::memory_order_relaxed);
     for (uint16_t i = 0; i < d.count; ++i) {
         const desc::FieldDesc& f = d.fields[i];
         Slot& s = slots[i];
         s.cell.owner = this;
         s.cell.word = f.kind == FieldKind::nested || f.kind == FieldKind::sequence ? Word::none : f.word;
-        if (f.kind == FieldKind::nested) {
-            s.nested = new_record(*t.fields[i].target, this);
-        } else if (f.kind == FieldKind::fixed_array) {
+        if (f.kind == FieldKind::nested) s.cell.magic = k_hollow;   // no value: the nested record's handle
+        if (f.kind == FieldKind::fixed_array) {
             s.elements.resize(f.bound);
             for (Cell& c : s.elements) {
                 c.word = f.word;
@@ -212,7 +220,7 @@ Record::Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* p)
 
 Record::~Record() {
     magic = 0;
-    counters().records.fetch_sub(1, std::memory_order_relaxed);
+    if (!blank) counters().records.fetch_sub(1, std::memory_order_relaxed);
 }
 
 void RecordDeleter::operator()(Record* r) const {
@@ -230,6 +238,99 @@ RecordPtr new_record(const TypeInfo& t, const Record* parent) {
     return RecordPtr(new Record(t, *registry().desc_by_type.at(&t), parent));
 }
 
+namespace {
+
+// The blanks of the latest variant by record type (the table never changes once made, only
+// its cells are filled), and those of other variants under a lock.
+struct Blanks {
+    std::unordered_map<const TypeInfo*, std::atomic<const Record*>> latest;
+    std::mutex lock;
+    std::map<std::pair<const TypeInfo*, int32_t>, const Record*> others;
+
+    Blanks() {
+        for (const auto& [t, d] : registry().desc_by_type) latest[t].store(nullptr, std::memory_order_relaxed);
+    }
+    static const Record* make(const TypeInfo& t, int32_t variant) {
+        auto* r = new Record(t, *registry().desc_by_type.at(&t), nullptr, true);
+        r->variant = r->inner_variant = variant;
+        r->twin.store(r, std::memory_order_relaxed);
+        r->inner_blanks = std::make_unique<std::atomic<const Record*>[]>(r->slots.size());
+        return r;
+    }
+};
+
+Blanks& blanks() {
+    static Blanks* b = new Blanks;   // never freed: handles to blanks live as long as the process
+    return *b;
+}
+
+}  // namespace
+
+const Record& blank_record(const TypeInfo& t, int32_t variant) {
+    Blanks& b = blanks();
+    if (variant == registry().latest_variant) {
+        if (auto it = b.latest.find(&t); it != b.latest.end()) {
+            if (const Record* r = it->second.load(std::memory_order_acquire)) return *r;
+            std::lock_guard<std::mutex> hold(b.lock);
+            if (const Record* r = it->second.load(std::memory_order_relaxed)) return *r;
+            const Record* r = Blanks::make(t, variant);
+            it->second.store(r, std::memory_order_release);
+            return *r;
+        }
+    }
+    std::lock_guard<std::mutex> hold(b.lock);
+    const Record*& r = b.others[{&t, variant}];
+    if (!r) r = Blanks::make(t, variant);
+    return *r;
+}
+
+const Record& nested_at(const Record& r, size_t i) {
+    if (const Record* made = r.slots[i].nested.get()) return *made;
+    // Two readers may both look a blank up; they find the same one.
+    const Record* twin = r.twin.load(std::memory_order_acquire);
+    if (!twin) {
+        twin = &blank_record(*r.type, r.inner_variant);
+        r.twin.store(twin, std::memory_order_release);
+    }
+    std::atomic<const Record*>& cell = twin->inner_blanks[i];
+    const Record* blank = cell.load(std::memory_order_acquire);
+    if (!blank) {
+        blank = &blank_record(*r.type->fields[i].target, twin->inner_variant);
+        cell.store(blank, std::memory_order_release);
+    }
+    return *blank;
+}
+
+const void* nested_handle(const Record& r, size_t i) {
+    if (const Record* made = r.slots[i].nested.get()) return made;
+    return &r.slots[i].cell;
+}
+
+const Record* record_at(const void* handle) {
+    if (!handle) return nullptr;
+    const uint32_t magic = *static_cast<const uint32_t*>(handle);
+    if (magic == Record::k_magic) return static_cast<const Record*>(handle);
+    if (magic != k_hollow) return nullptr;
+    const auto* c = static_cast<const Cell*>(handle);
+    const Record& holder = *c->owner;
+    const size_t i = size_t(reinterpret_cast<const char*>(c) - reinterpret_cast<const char*>(&holder.slots[0].cell)) /
+                     sizeof(Slot);
+    return &nested_at(holder, i);
+}
+
+Record& make_nested(Record& r, size_t i) {
+    if (r.blank) throw Error(std::string(r.type->name) + ": a blank record is never written");
+    Slot& s = r.slots[i];
+    if (!s.nested) {
+        s.nested = new_record(*r.type->fields[i].target, &r);
+        s.nested->variant = s.nested->inner_variant = r.inner_variant;
+    }
+    return *s.nested;
+}
+
+uint64_t key_epoch() { return g_key_epoch.load(std::memory_order_acquire); }
+void touch_keys() { g_key_epoch.fetch_add(1, std::memory_order_acq_rel); }
+
 RecordPtr make_record(std::string_view type) {
     const TypeInfo* t = type_info(type);
     if (!t) throw Error("unknown type " + std::string(type));
@@ -239,19 +340,24 @@ RecordPtr make_record(std::string_view type) {
 const TypeInfo& type_of(const Record& r) { return *r.type; }
 
 Record& nested(Record& r, std::string_view path) {
-    Place at = resolve(r, path);
+    Place at = resolve(r, path, true);
     if (at.element) return *at.element;
     if (!at.slot || at.field->kind != FieldKind::nested) fault(r, path, "holds no record");
-    return *at.slot->nested;
+    return make_nested(*at.rec, at.field->id - 1);
 }
 
-const Record& nested(const Record& r, std::string_view path) { return nested(const_cast<Record&>(r), path); }
+const Record& nested(const Record& r, std::string_view path) {
+    Place at = resolve(const_cast<Record&>(r), path, false);
+    if (at.element) return *at.element;
+    if (!at.slot || at.field->kind != FieldKind::nested) fault(r, path, "holds no record");
+    return nested_at(*at.rec, at.field->id - 1);
+}
 
 const void* handle(const Record& r, std::string_view path) {
-    Place at = resolve(const_cast<Record&>(r), path);
+    Place at = resolve(const_cast<Record&>(r), path, false);
     if (at.element) return at.element;
     if (!at.slot) fault(r, path, "is a count and has no handle");
-    if (at.field->kind == FieldKind::nested) return at.slot->nested.get();
+    if (at.field->kind == FieldKind::nested) return nested_handle(*at.rec, at.field->id - 1);
     return &at.slot->cell;
 }
 
@@ -427,7 +533,7 @@ void set_from_text(Record& r, std::string_view path, std::string_view text) {
 }
 
 int64_t get_int(const Record& r, std::string_view path) {
-    Place at = leaf_place(const_cast<Record&>(r), path);
+    Place at = leaf_place(const_cast<Record&>(r), path, false);
     if (!at.slot) return at.bound_of->count;
     const Cell& c = value_cell(const_cast<Record&>(r), path, at);
     if (!is_integer(c.word) && c.word != Word::enum_value && c.word != Word::flag_bits && c.word != Word::rsl_boolean)
@@ -438,28 +544,28 @@ int64_t get_int(const Record& r, std::string_view path) {
 uint64_t get_u64(const Record& r, std::string_view path) { return uint64_t(get_int(r, path)); }
 
 std::string get_text(const Record& r, std::string_view path) {
-    Place at = leaf_place(const_cast<Record&>(r), path);
+    Place at = leaf_place(const_cast<Record&>(r), path, false);
     const Cell& c = value_cell(const_cast<Record&>(r), path, at);
     if (c.word != Word::rsl_vstring && c.word != Word::character) fault(r, path, "is no text");
     return c.text;
 }
 
 plat::Ip get_ip(const Record& r, std::string_view path) {
-    Place at = leaf_place(const_cast<Record&>(r), path);
+    Place at = leaf_place(const_cast<Record&>(r), path, false);
     const Cell& c = value_cell(const_cast<Record&>(r), path, at);
     if (c.word != Word::ip_address) fault(r, path, "is no ip_address");
     return c.ip;
 }
 
 plat::Mac get_mac(const Record& r, std::string_view path) {
-    Place at = leaf_place(const_cast<Record&>(r), path);
+    Place at = leaf_place(const_cast<Record&>(r), path, false);
     const Cell& c = value_cell(const_cast<Record&>(r), path, at);
     if (c.word != Word::rsl_mac_addr) fault(r, path, "is no rsl_mac_addr");
     return c.mac;
 }
 
 std::vector<uint64_t> get_array(const Record& r, std::string_view path) {
-    Place at = leaf_place(const_cast<Record&>(r), path);
+    Place at = leaf_place(const_cast<Record&>(r), path, false);
     if (!at.slot || (at.field->kind != FieldKind::fixed_array && at.field->kind != FieldKind::counted_array))
         fault(r, path, "is no array");
     std::vector<uint64_t> out;
@@ -468,7 +574,7 @@ std::vector<uint64_t> get_array(const Record& r, std::string_view path) {
 }
 
 size_t sequence_size(const Record& r, std::string_view path) {
-    Place at = leaf_place(const_cast<Record&>(r), path);
+    Place at = leaf_place(const_cast<Record&>(r), path, false);
     if (!at.slot || at.field->kind != FieldKind::sequence) fault(r, path, "is no sequence");
     return at.slot->sequence.size();
 }
@@ -486,14 +592,17 @@ void set_element_state(Record& r, std::string_view path, size_t index, uint8_t f
 }
 
 uint8_t get_state(const Record& r, std::string_view path) {
-    Place at = leaf_place(const_cast<Record&>(r), path);
+    Place at = leaf_place(const_cast<Record&>(r), path, false);
     if (!at.slot) fault(r, path, "is a count and has no state");
     return at.slot->cell.state;
 }
 
 void set_variant(Record& r, int32_t variant, bool with_nested) {
+    if (r.blank) throw Error(std::string(r.type->name) + ": a blank record is never written");
     r.variant = variant;
     if (!with_nested) return;
+    r.inner_variant = variant;
+    r.twin.store(nullptr, std::memory_order_relaxed);
     for (Slot& s : r.slots) {
         if (s.nested) set_variant(*s.nested, variant, true);
         for (auto& el : s.sequence) set_variant(*el, variant, true);
@@ -543,7 +652,7 @@ std::optional<plat::Value> value_of(const void* handle) {
 int32_t instance_variant(const void* handle) {
     if (!handle) return 0;
     uint32_t magic = *static_cast<const uint32_t*>(handle);
-    if (magic == Record::k_magic) return static_cast<const Record*>(handle)->variant;
+    if (magic == Record::k_magic || magic == k_hollow) return record_at(handle)->variant;
     if (magic == Cell::k_magic) {
         auto* c = static_cast<const Cell*>(handle);
         if (c->own_variant || !c->owner) return c->variant;
@@ -705,12 +814,17 @@ const Record* row_record(const Row& row, size_t index) { return index < 2 ? row.
 
 void drop_row_record(Row& row, size_t index) {
     if (index < 2) row.records[index].reset();
+    touch_keys();
 }
 
-void set_parent(Row& row, const Row* parent) { row.parent = parent; }
+void set_parent(Row& row, const Row* parent) {
+    row.parent = parent;
+    touch_keys();
+}
 const Row* parent_of(const Row& row) { return row.parent; }
 
 std::vector<uint8_t> row_key(const Row& row) {
+    counters().key_compares.fetch_add(1, std::memory_order_relaxed);   // made to be compared
     const TableInfo& t = *row.table;
     for (size_t i = 0; i < t.rows.size() && i < 2; ++i) {
         if (t.rows[i] != t.key_type || !row.records[i]) continue;
@@ -721,11 +835,76 @@ std::vector<uint8_t> row_key(const Row& row) {
     return {};
 }
 
+namespace {
+
+// A stored key, and the same behind the 8 bytes of a parent row's address. The equality
+// counts its calls, as row_key counts the keys it makes: what a lookup compares is
+// observable (LiveCounts::key_compares).
+struct KeyEqual {
+    bool operator()(const std::string& a, const std::string& b) const {
+        counters().key_compares.fetch_add(1, std::memory_order_relaxed);
+        return a == b;
+    }
+};
+using KeyMap = std::unordered_map<std::string, std::vector<const Row*>, std::hash<std::string>, KeyEqual>;
+
+std::string key_text(std::span<const uint8_t> key) { return std::string(key.begin(), key.end()); }
+
+std::string key_text(const Row* parent, std::span<const uint8_t> key) {
+    std::string out(sizeof parent + key.size(), '\0');
+    std::memcpy(out.data(), &parent, sizeof parent);
+    if (!key.empty()) std::memcpy(out.data() + sizeof parent, key.data(), key.size());
+    return out;
+}
+
+// The indexes of one table's rows: by key, by parent and key, by parent, each made on its
+// first use (a table walked only from its parents never needs the first). Each list is in
+// the order the rows were added.
+enum IndexKind { by_key, by_parent_key, by_parent };
+struct TableIndex {
+    uint64_t epoch = 0;
+    size_t rows = 0;
+    bool made[3] = {};
+    KeyMap keys[2];   // by_key, by_parent_key
+    std::unordered_map<const Row*, std::vector<const Row*>> children;
+};
+
+}  // namespace
+
 struct Store::Impl {
     std::unordered_map<const TableInfo*, std::vector<Row*>> by_table;
     std::vector<RowPtr> rows;
     std::map<std::string_view, std::vector<Record*>> by_type;   // names owned by the TypeInfo
     std::vector<RecordPtr> records;
+    // Built by the lookups; readers on several threads share them.
+    std::mutex index_lock;
+    std::unordered_map<const TableInfo*, TableIndex> indexes;
+
+    // The index of a table as the rows stand now; the caller holds index_lock.
+    const TableIndex& index(const TableInfo& table, IndexKind kind) {
+        TableIndex& x = indexes[table.table];
+        auto it = by_table.find(table.table);
+        const size_t n = it == by_table.end() ? 0 : it->second.size();
+        const uint64_t epoch = key_epoch();
+        if (x.epoch != epoch || x.rows != n || epoch == 0) {
+            x = TableIndex{};
+            x.epoch = epoch;
+            x.rows = n;
+        }
+        if (x.made[kind] || n == 0) return x;
+        x.made[kind] = true;
+        if (kind == by_parent) {
+            for (const Row* r : it->second) x.children[r->parent].push_back(r);
+            return x;
+        }
+        KeyMap& keys = x.keys[kind];
+        keys.reserve(n);
+        for (const Row* r : it->second) {
+            const std::vector<uint8_t> key = row_key(*r);
+            keys[kind == by_key ? key_text(key) : key_text(r->parent, key)].push_back(r);
+        }
+        return x;
+    }
 };
 
 Store::Store() : impl_(std::make_unique<Impl>()) {}
@@ -735,10 +914,15 @@ Row& Store::add(std::string_view table, const Row* parent) {
     RowPtr row = make_row(table);
     row->parent = parent;
     Row& r = *row;
-    impl_->by_table[r.table].push_back(&r);
+    std::vector<Row*>& of_table = impl_->by_table[r.table];
+    r.seq = of_table.size();
+    of_table.push_back(&r);
     impl_->rows.push_back(std::move(row));
+    touch_keys();
     return r;
 }
+
+size_t Store::order_of(const Row& row) { return row.seq; }
 
 std::span<Row* const> Store::rows(const TableInfo& table) const {
     auto it = impl_->by_table.find(table.table);
@@ -747,19 +931,34 @@ std::span<Row* const> Store::rows(const TableInfo& table) const {
 }
 
 const Row* Store::find(const TableInfo& table, const Row* parent, std::span<const uint8_t> key) const {
-    for (const Row* r : rows(table)) {
-        if (parent && r->parent != parent) continue;
-        std::vector<uint8_t> k = row_key(*r);
-        if (k.size() == key.size() && std::equal(k.begin(), k.end(), key.begin())) return r;
-    }
-    return nullptr;
+    const std::vector<const Row*> found = parent ? with_key_under(table, parent, key) : with_key(table, key);
+    return found.empty() ? nullptr : found.front();
 }
 
 std::vector<const Row*> Store::rows_under(const TableInfo& table, const Row* parent) const {
-    std::vector<const Row*> out;
-    for (const Row* r : rows(table))
-        if (r->parent == parent) out.push_back(r);
-    return out;
+    return children(table, parent);
+}
+
+std::vector<const Row*> Store::children(const TableInfo& table, const Row* parent) const {
+    std::lock_guard<std::mutex> hold(impl_->index_lock);
+    const TableIndex& x = impl_->index(table, by_parent);
+    auto it = x.children.find(parent);
+    return it == x.children.end() ? std::vector<const Row*>{} : it->second;
+}
+
+std::vector<const Row*> Store::with_key(const TableInfo& table, std::span<const uint8_t> key) const {
+    std::lock_guard<std::mutex> hold(impl_->index_lock);
+    const KeyMap& keys = impl_->index(table, by_key).keys[by_key];
+    auto it = keys.find(key_text(key));
+    return it == keys.end() ? std::vector<const Row*>{} : it->second;
+}
+
+std::vector<const Row*> Store::with_key_under(const TableInfo& table, const Row* parent,
+                                                  std::span<const uint8_t> key) const {
+    std::lock_guard<std::mutex> hold(impl_->index_lock);
+    const KeyMap& keys = impl_->index(table, by_parent_key).keys[by_parent_key];
+    auto it = keys.find(key_text(parent, key));
+    return it == keys.end() ? std::vector<const Row*>{} : it->second;
 }
 
 size_t Store::size() const { return impl_->rows.size(); }
@@ -789,6 +988,7 @@ std::vector<std::string_view> Store::record_types() const {
 }
 
 void Store::clear() {
+    impl_->indexes.clear();
     impl_->by_table.clear();
     impl_->rows.clear();
     impl_->by_type.clear();

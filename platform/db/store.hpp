@@ -19,7 +19,8 @@ namespace zan::db {
 // characters of a character array, and the state flag of every kind of field.
 struct Slot {
     Cell cell;
-    RecordPtr nested;                // nested record (union arms included), owned
+    RecordPtr nested;                // nested record (union arms included), owned; made on the first
+                                     // write into it, until then the blank of its type stands for it
     std::vector<Cell> elements;      // fixed and counted arrays
     std::vector<RecordPtr> sequence; // sequence elements, owned
     uint32_t count = 0;              // count of a counted array, length of a character array
@@ -30,14 +31,20 @@ public:
     static constexpr uint32_t k_magic = 0x7a726563u;
     uint32_t magic = k_magic;
     int32_t variant = 0;
+    int32_t inner_variant = 0;       // variant of the nested records not made yet
     bool key_record = false;         // made by <k>_create: memory from the platform allocator
+    bool blank = false;              // shared stand-in of the nested records not made (blank_record)
     uint32_t seq_index = 0;          // place in the parent's sequence
     const TypeInfo* type = nullptr;
     const desc::RecordDesc* desc = nullptr;
     const Record* parent = nullptr;  // record that holds this one
     std::vector<Slot> slots;         // one per field of desc, in order
+    // The blank of its type and inner variant, found once (itself for a blank); and a blank's
+    // blanks of its nested fields, found on first use: a record not made costs no lookup.
+    mutable std::atomic<const Record*> twin{nullptr};
+    std::unique_ptr<std::atomic<const Record*>[]> inner_blanks;
 
-    Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* parent);
+    Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* parent, bool blank = false);
     ~Record();
     Record(const Record&) = delete;
     Record& operator=(const Record&) = delete;
@@ -56,6 +63,7 @@ public:
     const TableInfo* table = nullptr;    // the table (never a second entrance)
     RecordPtr records[2];
     const Row* parent = nullptr;
+    size_t seq = 0;                      // place among the rows of its table in its store
 
     explicit Row(const TableInfo& t);
     ~Row();
@@ -63,12 +71,36 @@ public:
     Row& operator=(const Row&) = delete;
 };
 
-// Makes a record of a record type, nested records included.
+// Makes a record of a record type. Its nested records are made when something is written
+// into them; until then the blank of their type and variant answers for them.
 RecordPtr new_record(const TypeInfo& t, const Record* parent);
+
+// The record that stands for every nested record of type t not made yet: every value zero or
+// empty, every state flag 2, every nested record again a blank, the given variant. Made on
+// first use, never changed, never freed, not counted among the live records.
+const Record& blank_record(const TypeInfo& t, int32_t variant);
+// The nested record of field i of r: the one made, or the blank that stands for it.
+const Record& nested_at(const Record& r, size_t i);
+// What <t>_<f>_get yields for nested field i of r: the record once made; until then the
+// address of the field's slot, whose cell carries k_hollow. Either stays valid and stands for
+// the same nested record as long as r lives, however it is written later (record_at).
+constexpr uint32_t k_hollow = 0x7a686f6cu;
+const void* nested_handle(const Record& r, size_t i);
+// The record a handle stands for (nullptr if it is none): a record, or the slot of a nested
+// field not made yet, answered by the blank of its type and its holder's inner variant.
+const Record* record_at(const void* handle);
+// The nested record of field i of r, made if it was not.
+Record& make_nested(Record& r, size_t i);
+
+// Changes whenever a write may have changed which rows a keyed lookup finds (a value of a
+// row's top record, a row added, dropped or moved): the stores' key indexes are rebuilt
+// after it changes.
+uint64_t key_epoch();
+void touch_keys();
 
 // Live counters (relaxed atomics: they are only summed for tests).
 struct Counters {
-    std::atomic<long> records{0}, rows{0}, typed{0}, key_records{0}, bad_handles{0}, bad_releases{0};
+    std::atomic<long> records{0}, rows{0}, typed{0}, key_records{0}, bad_handles{0}, bad_releases{0}, key_compares{0};
 };
 Counters& counters();
 

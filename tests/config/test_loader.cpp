@@ -466,3 +466,36 @@ TEST_F(Config, DefaultVariantIsReadFromTheTopLevel) {
     ASSERT_EQ(cfg::load_into(store, R"({ "@default_variant": 2147483647 })", "w.json", &v), "");
     EXPECT_EQ(v, std::optional<int32_t>(INT32_MAX));
 }
+
+TEST_F(Config, LongFilesKeepThePlacesOfTheirFaults) {
+    // Thousands of rows, each with an array and an object inside, before the faulty one: the
+    // place counts the rows alone.
+    constexpr int k_rows = 3000;
+    auto text_with = [&](const std::string& last) {
+        std::string t = R"({ "tbl_vlan_group": [)";
+        for (int i = 0; i < k_rows; ++i)
+            t += R"({ "vlan_group_name": "g)" + std::to_string(i) + R"(", "vlans": [1, 2], "@state": { "vlans": 1 } },)";
+        return t + last + "] }";
+    };
+    struct Case {
+        std::string last, error;
+    } cases[] = {
+        {R"({ "vlan_group_name": "x", "vlan_group_name": "y" })",
+         "t.json: tbl_vlan_group[3000].\"vlan_group_name\": member repeated in the same object"},
+        {R"({ "vlan_group_name": "g7" })",
+         "t.json: tbl_vlan_group[3000]: duplicate key: another tbl_vlan_group row at the top level has vlan_group_name \"g7\""},
+        {R"({ "vlan_group_name": "x", "vlans": [1, -2] })",
+         "t.json: tbl_vlan_group[3000].\"vlans\"[1]: -2 is out of range for u_int16"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.error);
+        const long rows = live_counts().rows;
+        cfg::LoadResult r = cfg::load_text(text_with(c.last), "t.json");
+        EXPECT_FALSE(r);
+        EXPECT_EQ(r.error, c.error);
+        EXPECT_EQ(live_counts().rows, rows) << "a refused file left rows";
+    }
+    cfg::LoadResult r = cfg::load_text(text_with(R"({ "vlan_group_name": "last" })"), "t.json");
+    ASSERT_TRUE(r) << r.error;
+    EXPECT_EQ(r.store->size(), size_t(k_rows + 1));
+}

@@ -343,4 +343,38 @@ TEST(EngineWalk, TraversalsThatMakeNoWalk) {
     EXPECT_TRUE(w.rows.empty());
 }
 
+TEST(EngineWalk, AKeyedPathComparesAHandfulOfKeysWhateverTheTableSize) {
+    // Thousands of VRFs, each with an address family of the same key: a path to the last
+    // one's family, and the family rows under one VRF, come from the store's indexes.
+    constexpr int k_vrfs = 3000;
+    db::Store store;
+    const db::Row* last_afi = nullptr;
+    for (int i = 0; i < k_vrfs; ++i) {
+        db::Row& vrf = store.add("tbl_ci_vrf_eol");
+        db::set_text(*db::row_record(vrf), "vrf_key_vrf_name", "v" + std::to_string(i));
+        db::Row& afi = store.add("tbl_ci_vrf_afi_mode_eol", &vrf);
+        db::set_int(*db::row_record(afi), "vrf_af_afi", 1);
+        last_afi = &afi;
+    }
+    const std::string last = "v" + std::to_string(k_vrfs - 1);
+    struct Case {
+        std::vector<UriSegment> segs;
+        uint32_t kind;
+    } cases[] = {
+        {{{"vrf", Keys{{"vrf_key_vrf_name", last}}}, {"vrf_afi", Keys{{"vrf_af_afi", "1"}}}}, zan::engine::k_kind_read_row},
+        {{{"vrf", Keys{{"vrf_key_vrf_name", last}}}, {"vrf_afi", std::nullopt}}, zan::engine::k_kind_read},
+    };
+    for (const Case& c : cases) {
+        const Response r = resolve(c.segs, c.kind);
+        ASSERT_EQ(r.code, 1);
+        ASSERT_EQ(zan::engine::walk(store, r.traversals).rows.size(), 1u);   // the indexes are built
+        const long before = db::live_counts().key_compares;
+        const auto w = zan::engine::walk(store, r.traversals);
+        EXPECT_LE(db::live_counts().key_compares - before, 3);
+        ASSERT_FALSE(w.error) << *w.error;
+        ASSERT_EQ(w.rows.size(), 1u);
+        EXPECT_EQ(w.rows[0], last_afi);
+    }
+}
+
 }  // namespace

@@ -238,8 +238,10 @@ struct RecordDeleter {
 };
 using RecordPtr = std::unique_ptr<Record, RecordDeleter>;
 
-// A new instance of a record type, with all its nested records (union arms included),
-// every value zero or empty, every state flag 2, the variant latest_variant().
+// A new instance of a record type: every value zero or empty, every state flag 2, the
+// variant latest_variant(). Its nested records (union arms included) answer the same; they
+// take memory only once something is written into them, and a handle to one stays valid as
+// long as the record (the non-const `nested` makes one).
 RecordPtr make_record(std::string_view type);
 const TypeInfo& type_of(const Record& r);
 
@@ -312,6 +314,16 @@ public:
     // The rows of the table whose parent is `parent` (nullptr: the rows without a parent),
     // in the order they were added.
     std::vector<const Row*> rows_under(const TableInfo& table, const Row* parent) const;
+    // The same through the indexes, in the order added: the rows under `parent`, and the
+    // rows whose key has these bytes under any parent or under `parent`. A lookup costs the
+    // rows it answers, whatever the table's size, once the table's index is built; lookups
+    // build it on first use after a change of keys, rows or parents.
+    std::vector<const Row*> children(const TableInfo& table, const Row* parent) const;
+    std::vector<const Row*> with_key(const TableInfo& table, std::span<const uint8_t> key) const;
+    std::vector<const Row*> with_key_under(const TableInfo& table, const Row* parent,
+                                           std::span<const uint8_t> key) const;
+    // Place of a row among the rows of its table, in the order added.
+    static size_t order_of(const Row& row);
     size_t size() const;                // rows
     // Records that stand in no table, by record type (the schema library's own records,
     // such as om_node), for whoever renders a value of a type rather than a row.
@@ -337,6 +349,7 @@ struct LiveCounts {
     long key_records = 0;    // made by <k>_create, not yet destroyed by <k>_destroy
     long bad_handles = 0;    // accessor calls given a handle not of their type (since start)
     long bad_releases = 0;   // destroy calls given an object not of their kind (since start)
+    long key_compares = 0;   // stored keys compared by the stores' lookups, or made by row_key (since start)
 };
 LiveCounts live_counts();
 
