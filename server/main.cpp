@@ -310,6 +310,7 @@ int run(int argc, char** argv) {
     server->set_write_timeout(o.timeout, 0);
     server->set_keep_alive_max_count(o.keep_alive);
     server->set_keep_alive_timeout(o.timeout);
+    server->set_tcp_nodelay(true);   // answers go out whole; no wait for the client's ACK
 
     // One handler for every method and path: the URL translation decides, not the router.
     // (Bodies are read, and held to --max-body, only for the methods that carry one.)
