@@ -104,12 +104,15 @@ bool secret_name(std::string_view name) {
     if (name.find("key_string") != std::string_view::npos || name.find("private_key") != std::string_view::npos)
         return true;
     size_t from = 0;
+    std::string_view before;
     while (from <= name.size()) {
         size_t end = name.find_first_of("_.", from);
         if (end == std::string_view::npos) end = name.size();
         const std::string_view word = name.substr(from, end - from);
-        if (word.starts_with("passw") || word.starts_with("secret") || word.starts_with("communit") || word == "psk")
+        if (word.starts_with("passw") || word.starts_with("secret") || word == "psk" ||
+            (word.starts_with("communit") && before != "extended"))
             return true;
+        before = word;
         from = end + 1;
     }
     return false;

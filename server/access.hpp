@@ -5,9 +5,11 @@
 // are skipped. The hash is what crypt(3) makes (libxcrypt: "$y$..." yescrypt or "$6$..."
 // SHA-512, e.g. from `mkpasswd -m yescrypt`); the role is "reader" or "admin".
 //
-// Secret attributes: an attribute is secret when a word of its name (the name split at '_'
-// and '.') begins with "passw", "secret" or "communit", or is "psk", or when the name holds
-// "key_string" or "private_key". Readers get every other attribute; an admin gets all.
+// Secret attributes: the catalogue's one rule (gen/catalogue.py secret_name), which also puts
+// nacm:default-deny-all into the YANG module: an attribute is secret when a word of its name
+// (the name split at '_' and '.') begins with "passw", "secret" or "communit" (but for
+// "extended_community", a route target), or is "psk", or when the name holds "key_string"
+// or "private_key". Readers get every other attribute; an admin gets all.
 #pragma once
 
 #include <optional>
