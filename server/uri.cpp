@@ -118,9 +118,19 @@ private:
             --level_;
             return std::nullopt;
         }
+        // A prefix is repeated for every name inside its parentheses: the names are bounded,
+        // so that a short query cannot ask for a large list.
+        total_ += path.size();
+        if (out->size() >= k_max_names || total_ > k_max_chars)
+            return "more than " + std::to_string(k_max_names) + " names or " + std::to_string(k_max_chars) +
+                   " characters of names";
         out->push_back(std::move(path));
         return std::nullopt;
     }
+
+    static constexpr size_t k_max_names = 256;
+    static constexpr size_t k_max_chars = 16384;
+    size_t total_ = 0;
 };
 
 std::optional<UriError> query(std::string_view text, Query* q) {

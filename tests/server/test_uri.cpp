@@ -107,6 +107,21 @@ TEST(Uri, Refusals) {
          {400, "invalid-value",
           "fields 'a(b(c(d(e(f(g(h(i(j(k(l(m(n(o(p(q(r)))))))))))))))))': more than 16 levels of '('"}},
     };
+    // A long prefix over many names: bounded whatever the names.
+    const std::string many = "fields=" + std::string(100, 'p') + "(" + [] {
+        std::string names = "n0";
+        for (int i = 1; i < 257; ++i) names += ";n" + std::to_string(i);
+        return names;
+    }() + ")";
+    const std::string wide = "fields=" + std::string(2000, 'p') + "(a;b;c;d;e;f;g;h;i)";
+    for (const std::string& q : {many, wide}) {
+        const Translation t = translate("GET", "/restconf/data", q);
+        ASSERT_TRUE(std::holds_alternative<UriError>(t)) << q.substr(0, 40);
+        EXPECT_TRUE(std::get<UriError>(t).message.ends_with("more than 256 names or 16384 characters of names"));
+    }
+    const Translation fits = translate("GET", "/restconf/data", "fields=" + std::string(100, 'p') + "(a;b)");
+    ASSERT_TRUE(std::holds_alternative<Request>(fits));
+    EXPECT_EQ(std::get<Request>(fits).query.fields->size(), 2u);
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.path) + "?" + c.query);
         const Translation t = translate("GET", c.path, c.query);
