@@ -5,6 +5,8 @@
 namespace zan::restconf {
 namespace {
 
+constexpr size_t k_max_segments = 32;
+
 UriError bad(std::string message, std::string tag = "invalid-value") {
     return UriError{400, std::move(tag), std::move(message)};
 }
@@ -224,7 +226,9 @@ Translation translate(std::string_view method, std::string_view path, std::strin
         if (rest.ends_with('/')) rest.remove_suffix(1);
         size_t index = 0;
         for (const std::string_view raw : split(rest, '/')) {
-            ++index;
+            // The catalogue nests a few levels deep; a longer path is no request of ours.
+            if (++index > k_max_segments)
+                return bad("more than " + std::to_string(k_max_segments) + " segments");
             if (raw.empty()) return bad("segment " + std::to_string(index) + " is empty");
             auto s = segment(raw, index);
             if (auto* e = std::get_if<UriError>(&s)) return *e;

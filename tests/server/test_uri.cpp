@@ -119,6 +119,10 @@ TEST(Uri, Refusals) {
         ASSERT_TRUE(std::holds_alternative<UriError>(t)) << q.substr(0, 40);
         EXPECT_TRUE(std::get<UriError>(t).message.ends_with("more than 256 names or 16384 characters of names"));
     }
+    std::string deep = "/restconf/data/zan-config:a";
+    for (int i = 0; i < 31; ++i) deep += "/b=1";
+    EXPECT_TRUE(std::holds_alternative<Request>(translate("GET", deep, "")));
+    EXPECT_EQ(std::get<UriError>(translate("GET", deep + "/c", "")), (UriError{400, "invalid-value", "more than 32 segments"}));
     const Translation fits = translate("GET", "/restconf/data", "fields=" + std::string(100, 'p') + "(a;b)");
     ASSERT_TRUE(std::holds_alternative<Request>(fits));
     EXPECT_EQ(std::get<Request>(fits).query.fields->size(), 2u);
