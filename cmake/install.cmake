@@ -4,7 +4,7 @@
 #   development  the C headers of the interface (what the front end exports and imports), the
 #                C++ headers of the reference platform, loader and engine, the development
 #                links, the static engine, the CMake package and the pkg-config files
-#   tools        zanfe with its man page and bash completion, and the libraries it runs on:
+#   tools        zanfe with its man page and bash completion, the RESTCONF server zanfe-restconf, and the libraries it runs on:
 #                the reference platform and the configuration loader
 include(CMakePackageConfigHelpers)
 
@@ -20,7 +20,7 @@ set_target_properties(zanfe_headers PROPERTIES EXPORT_NAME headers)
 
 # An installed zanfe finds its libraries relative to itself, wherever the tree was installed.
 file(RELATIVE_PATH ZAN_BIN_TO_LIB /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-set_target_properties(zanfe_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${ZAN_BIN_TO_LIB}")
+set_target_properties(zanfe_tool zanfe_restconf PROPERTIES INSTALL_RPATH "$ORIGIN/${ZAN_BIN_TO_LIB}")
 set_target_properties(zanconfig PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 install(TARGETS zan_fe EXPORT zanfeTargets
@@ -29,7 +29,7 @@ install(TARGETS zanplatform zanconfig EXPORT zanfeTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT tools NAMELINK_COMPONENT development)
 install(TARGETS zanengine zanfe_headers EXPORT zanfeTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
-install(TARGETS zanfe_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+install(TARGETS zanfe_tool zanfe_restconf RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 
 install(FILES
     ${PROJECT_SOURCE_DIR}/frame/zan_fe.h ${PROJECT_SOURCE_DIR}/frame/data_objects.h
@@ -41,8 +41,9 @@ install(FILES
     ${PROJECT_SOURCE_DIR}/engine/include/zan/engine.hpp ${PROJECT_SOURCE_DIR}/engine/include/zan/rfc7951.hpp
   DESTINATION ${ZAN_INCLUDE_DIR} COMPONENT development)
 
-# The YANG module of the configuration, where YANG tools look for installed modules.
-install(FILES ${ZAN_YANG_MODULE} DESTINATION ${CMAKE_INSTALL_DATADIR}/yang/modules/zanfe COMPONENT tools)
+# The YANG module of the configuration and the module it imports, where YANG tools look for
+# installed modules.
+install(FILES ${ZAN_YANG_MODULE} ${PROJECT_SOURCE_DIR}/gen/yang/ietf-netconf-acm@2012-02-22.yang DESTINATION ${CMAKE_INSTALL_DATADIR}/yang/modules/zanfe COMPONENT tools)
 
 install(EXPORT zanfeTargets NAMESPACE zanfe:: DESTINATION ${ZAN_CMAKE_DIR} COMPONENT development)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/zanfeConfig.cmake.in

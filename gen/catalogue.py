@@ -57,6 +57,21 @@ class Loc:
         return f"{self.file}:{self.line}"
 
 
+def secret_name(name: str) -> bool:
+    """The one rule that marks a field secret (passwords, secrets, keys, communities): a word
+    of its name (split at '_' and '.') begins with "passw", "secret" or "communit" (but for
+    "extended_community", a route target), or is "psk", or the name holds "key_string" or
+    "private_key". A nested field so marked makes
+    everything below it secret. The YANG module carries nacm:default-deny-all on these
+    nodes, and the RESTCONF server (server/access.cpp, the same rule) leaves them out of
+    what readers get."""
+    if "key_string" in name or "private_key" in name:
+        return True
+    words = re.split(r"[_.]", name)
+    return any(w.startswith(("passw", "secret")) or w == "psk" or
+               (w.startswith("communit") and (i == 0 or words[i - 1] != "extended")) for i, w in enumerate(words))
+
+
 @dataclass
 class Field:
     name: str                 # bare field name, as accessors use it
@@ -71,6 +86,11 @@ class Field:
     bound_bits: int = 32      # counted arrays: how many low bits of the count field count
     record: "Record" = None
     code: Optional[int] = None    # type code of the column; None for a nested field
+
+    @property
+    def secret(self) -> bool:
+        """Whether the field holds a secret (see secret_name)."""
+        return secret_name(self.name)
 
     @property
     def prop_text(self) -> str:

@@ -41,8 +41,8 @@ fuzz() {
   local seconds=$1
   CC=clang-14 CXX=clang++-14 cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DZAN_FUZZ=ON -DZAN_TESTS=OFF -DZAN_BENCH=OFF >&2
-  cmake --build build-fuzz -j2 --target fuzz_path fuzz_config fuzz_resolve fuzz_vlist fuzz_differential zan_fe >&2
-  for target in path config resolve vlist differential; do
+  cmake --build build-fuzz -j2 --target fuzz_path fuzz_config fuzz_resolve fuzz_vlist fuzz_differential fuzz_uri zan_fe >&2
+  for target in path config resolve vlist differential uri; do
     local corpus=build-fuzz/corpus/$target artifacts=build-fuzz/artifacts/$target/
     rm -rf "$corpus" && mkdir -p "$corpus" "$artifacts" && cp tests/fuzz/corpus/$target/* "$corpus"/
     echo "fuzz: $target for ${seconds}s" >&2

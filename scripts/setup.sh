@@ -7,9 +7,13 @@ job=${1:-}
 
 # libyang-tools: yanglint, which the tests run over the generated YANG module and the
 # tool's RFC 7951 output.
+# The RESTCONF server: libcpp-httplib-dev (HTTP/HTTPS server, with OpenSSL), libcrypt-dev
+# (crypt(3) of libxcrypt for the users file), pkg-config; its tests run curl, openssl (a
+# certificate made by the test) and wrk (the load test).
 packages=(cmake ninja-build g++ python3 libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
           libcli11-dev clang-14 libclang-rt-14-dev libyang-tools
-          help2man dpkg-dev file pkgconf abigail-tools lintian)   # man page, packages, install check
+          help2man dpkg-dev file pkgconf abigail-tools lintian   # man page, packages, install check
+          libcpp-httplib-dev libcrypt-dev curl openssl wrk)      # the RESTCONF server and its tests
 
 missing=()
 for p in "${packages[@]}"; do

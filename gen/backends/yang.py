@@ -20,6 +20,9 @@ Mapping:
   - a union's arms are containers with a `when` on the discriminator: a document holding data
     in an arm that `descriminator` does not select fails validation. ZAN_CFG_NONE selects no
     arm; value k selects arm k.
+  - secret fields (catalogue.secret_name) carry `nacm:default-deny-all`, from
+    ietf-netconf-acm (imported only when a field is secret), which the build puts beside
+    the module.
   - attributes and enumerators that exist from a variant on carry the extension statement
     `zc:from-variant` (which tools that do not know it skip) and say so in their description.
 """
@@ -152,6 +155,8 @@ class Writer:
                 self.out(d + 1, f"when {q(f'../descriminator = {chr(39)}ZAN_CFG_{f.arm - 1}{chr(39)}')};")
                 what = f"Arm {f.arm} of union {r.name} (descriminator ZAN_CFG_{f.arm - 1}), field {f.name}"
             glued = ", its columns glued to the field name" if f.glued else ""
+            if f.secret:
+                self.out(d + 1, "nacm:default-deny-all;")
             self.out(d + 1, f"description {q(f'{what}: record {f.type}{glued}.')};")
             self.out(d + 1, f"uses {f.type};")
             self.out(d, "}")
@@ -189,6 +194,8 @@ class Writer:
                 self.out(d + 1, f"type {WORD_TYPES[f.word]};")
             if f.default is not None:
                 self.out(d + 1, f"default {q(self.default_of(f))};")
+        if f.secret:
+            self.out(d + 1, "nacm:default-deny-all;")
         if level:
             self.out(d + 1, f"{PREFIX}:from-variant {level};")
             what += f"; exists from variant {level} on"
@@ -234,6 +241,9 @@ class Writer:
             self.table_list(child, d + 1)
         self.out(d, "}")
 
+    def any_secret(self):
+        return any(f.secret for r in self.cat.records.values() for f in r.all_fields)
+
     def module(self):
         body_start = len(self.lines)
         tops = [p for p in self.cat.traversers() if p.parent is None or p.parent is p]
@@ -249,6 +259,7 @@ class Writer:
             "",
             "  import ietf-inet-types { prefix inet; }",
             "  import ietf-yang-types { prefix yang; }",
+        ] + (["  import ietf-netconf-acm { prefix nacm; }"] if self.any_secret() else []) + [
             "",
             f"  description {q(MODULE_TEXT)};",
             "",

@@ -111,8 +111,9 @@ contents() {   # PACKAGE FILE...: each file is in the package
 contents libzanfe1 "$libdir/libzanfe.so.1" "$libdir/libzanfe.so.1.$(cut -d. -f2- <<<"$version")"
 contents libzanfe-dev include/zan/zan_fe.h include/zan/engine.hpp "$libdir/libzanfe.so" "$libdir/libzanengine.a" \
   "$libdir/cmake/zanfe/zanfeConfig.cmake" "$libdir/pkgconfig/zanfe.pc"
-contents zanfe bin/zanfe "$libdir/libzanplatform.so.1" share/man/man1/zanfe.1.gz share/bash-completion/completions/zanfe \
-  "share/yang/modules/zanfe/$(basename "$(ls "$build"/generated/yang/*.yang)")"
+contents zanfe bin/zanfe bin/zanfe-restconf "$libdir/libzanplatform.so.1" share/man/man1/zanfe.1.gz share/bash-completion/completions/zanfe \
+  "share/yang/modules/zanfe/$(basename "$(ls "$build"/generated/yang/zan-config@*.yang)")" \
+  share/yang/modules/zanfe/ietf-netconf-acm@2012-02-22.yang
 [ "$(dpkg-deb -c "$(deb libzanfe1)" | grep -c '\.so')" = 2 ] || fail "libzanfe1 holds more than the library"
 dpkg-deb -f "$(deb zanfe)" Depends | grep -q "libstdc++6" || fail "zanfe's dependencies lack what dpkg-shlibdeps finds"
 dpkg-deb -f "$(deb libzanfe-dev)" Depends | grep -q "libzanfe1 (= $version-1)" || fail "libzanfe-dev does not depend on libzanfe1"
