@@ -8,7 +8,6 @@
 #include <limits>
 #include <map>
 #include <optional>
-#include <set>
 #include <unordered_set>
 #include <sstream>
 #include <variant>
@@ -162,9 +161,51 @@ public:
 
 private:
     db::Store& store_;
-    // Keys of the rows added so far, by table and parent.
-    // Keys of the rows added so far: the table's and the parent's addresses, then the key.
-    std::unordered_set<std::string> keys_;
+    // Rows added so far, by a hash of their table, parent and key: open addressing over a
+    // flat array, so that the check of a row touches one slot and not a node of its own
+    // somewhere in the heap; the stored key of another row is made only when the hashes meet.
+    struct Seen {
+        uint64_t hash = 0;
+        const db::Row* row = nullptr;
+    };
+    std::vector<Seen> seen_;
+    size_t seen_count_ = 0;
+
+    static uint64_t key_hash(const TableInfo& table, const db::Row* parent, const std::vector<uint8_t>& key) {
+        uint64_t h = std::hash<std::string_view>{}(
+            std::string_view(reinterpret_cast<const char*>(key.data()), key.size()));
+        h ^= reinterpret_cast<uintptr_t>(&table) * 0x9e3779b97f4a7c15ull;
+        h ^= (reinterpret_cast<uintptr_t>(parent) + 0x632be59bd9b4e019ull) * 0xc2b2ae3d27d4eb4full;
+        return h ^ (h >> 29);
+    }
+
+    // Adds the row unless a row of the same table under the same parent has its key.
+    bool first_with_key(const TableInfo& table, const db::Row& row, const db::Row* parent,
+                        const std::vector<uint8_t>& key) {
+        if (2 * (seen_count_ + 1) > seen_.size()) {
+            std::vector<Seen> grown(std::max<size_t>(64, 2 * seen_.size()));
+            const size_t mask = grown.size() - 1;
+            for (const Seen& s : seen_) {
+                if (!s.row) continue;
+                size_t i = s.hash & mask;
+                while (grown[i].row) i = (i + 1) & mask;
+                grown[i] = s;
+            }
+            seen_.swap(grown);
+        }
+        const uint64_t h = key_hash(table, parent, key);
+        const size_t mask = seen_.size() - 1;
+        size_t i = h & mask;
+        for (; seen_[i].row; i = (i + 1) & mask) {
+            const db::Row& other = *seen_[i].row;
+            if (seen_[i].hash == h && &db::table_of(other) == &table && db::parent_of(other) == parent &&
+                db::row_key(other) == key)
+                return false;
+        }
+        seen_[i] = Seen{h, &row};
+        ++seen_count_;
+        return true;
+    }
 
     static std::string parents_of(const TableInfo& table) {
         std::string out;
@@ -255,7 +296,7 @@ private:
     // The record of the row and the field that a dotted attribute name ends in.
     std::pair<db::Record*, const FieldInfo*> row_attribute(const TableInfo& table, db::Row& row, const std::string& name,
                                                            const Place& at) {
-        std::string first = name.substr(0, name.find('.'));
+        const std::string_view first = std::string_view(name).substr(0, name.find('.'));
         for (size_t r = 0; r < table.rows.size(); ++r) {
             if (!table.rows[r]->field(first)) continue;
             db::Record* rec = db::row_record(row, r);
@@ -273,13 +314,23 @@ private:
         size_t start = 0;
         while (true) {
             size_t dot = name.find('.', start);
-            std::string part = name.substr(start, dot == std::string::npos ? std::string::npos : dot - start);
+            const std::string_view part_view =
+                std::string_view(name).substr(start, dot == std::string::npos ? std::string::npos : dot - start);
+            const FieldInfo* f = t->field(part_view);
+            if (f && f->role != FieldRole::link && f->role != FieldRole::bound &&
+                (dot == std::string::npos) == (f->kind != FieldKind::nested)) {
+                if (dot == std::string::npos) return *f;
+                t = f->target;
+                start = dot + 1;
+                continue;
+            }
+            // A fault: spelled out with the part's own text.
+            const std::string part(part_view);
             bool last = dot == std::string::npos;
             if (part.empty()) {
                 if (last) fault(at, "unknown attribute: \"" + name.substr(0, start) + "\" names a record, not a value");
                 fault(at, "unknown attribute: empty name part");
             }
-            const FieldInfo* f = t->field(part);
             if (!f || f->role == FieldRole::link)
                 fault(at, "unknown attribute: no field '" + part + "' in " + std::string(t->name));
             if (f->role == FieldRole::bound)
@@ -416,12 +467,7 @@ private:
         for (const std::string_view n : names)
             if (std::find(given.begin(), given.end(), n) == given.end())
                 fault(at, "row has no key attribute \"" + std::string(n) + "\"");
-        std::string stored(2 * sizeof(void*), '\0');
-        const void* owners[2] = {&table, parent};
-        std::memcpy(stored.data(), owners, sizeof owners);
-        const std::vector<uint8_t> bytes = db::row_key(row);
-        stored.append(bytes.begin(), bytes.end());
-        if (!keys_.insert(std::move(stored)).second) {
+        if (!first_with_key(table, row, parent, db::row_key(row))) {
             std::string key;
             const db::Record* rec = nullptr;
             for (size_t r = 0; r < table.rows.size(); ++r)
@@ -451,16 +497,27 @@ public:
     bool string(json::string_t& v) { return value(dom_.string(v)); }
     bool binary(json::binary_t& v) { return value(dom_.binary(v)); }
     bool start_object(size_t n) {
-        frames_.emplace_back().array = false;
+        open(false);
         return dom_.start_object(n);
     }
     bool start_array(size_t n) {
-        frames_.emplace_back().array = true;
+        open(true);
         return dom_.start_array(n);
     }
     bool key(json::string_t& k) {
-        if (!frames_.back().keys.insert(k).second) throw Fault{place(k), "member repeated in the same object"};
-        frames_.back().key = k;
+        Frame& f = frames_[depth_ - 1];
+        if (f.count < k_few) {
+            for (size_t i = 0; i < f.count; ++i)
+                if (f.keys[i] == k) throw Fault{place(k), "member repeated in the same object"};
+            if (f.keys.size() == f.count) f.keys.emplace_back();
+            f.keys[f.count].assign(k);
+        } else {
+            if (f.count == k_few) f.many.insert(f.keys.begin(), f.keys.begin() + k_few);
+            if (!f.many.insert(k).second) throw Fault{place(k), "member repeated in the same object"};
+            if (f.keys.size() == k_few) f.keys.emplace_back();
+            f.keys[k_few].assign(k);
+        }
+        ++f.count;
         return dom_.key(k);
     }
     bool end_object() { return closed(dom_.end_object()); }
@@ -472,30 +529,47 @@ public:
     }
 
 private:
+    // An open array or object. Frames are kept when they close and reused by the next one
+    // at their depth, with their strings' storage: a row's object costs no allocation here.
+    // An object's first names are compared one by one; beyond a few, a set takes over.
+    static constexpr size_t k_few = 16;
     struct Frame {
         bool array = false;
-        size_t index = 0;
-        std::string key;
-        std::set<std::string> keys;
+        size_t index = 0;                  // of an array: the elements closed so far
+        size_t count = 0;                  // of an object: its members so far
+        std::vector<std::string> keys;     // its first k_few names, then its last
+        std::unordered_set<std::string> many;
     };
     nlohmann::detail::json_sax_dom_parser<json> dom_;
     std::vector<Frame> frames_;
+    size_t depth_ = 0;
+
+    void open(bool array) {
+        if (depth_ == frames_.size()) frames_.emplace_back();
+        Frame& f = frames_[depth_++];
+        f.array = array;
+        f.index = 0;
+        if (f.count > k_few) f.many.clear();
+        f.count = 0;
+    }
+    const std::string& last_key(const Frame& f) const { return f.keys[f.count <= k_few ? f.count - 1 : k_few]; }
 
     Steps place(const std::string& last) const {
         Steps p;
-        for (const Frame& f : frames_) {
+        for (size_t d = 0; d < depth_; ++d) {
+            const Frame& f = frames_[d];
             if (f.array) p.push_back(f.index);
-            else if (&f != &frames_.back()) p.push_back(f.key);
+            else if (d + 1 != depth_) p.push_back(last_key(f));
         }
         p.push_back(last);
         return p;
     }
     bool value(bool ok) {
-        if (!frames_.empty() && frames_.back().array) ++frames_.back().index;
+        if (depth_ && frames_[depth_ - 1].array) ++frames_[depth_ - 1].index;
         return ok;
     }
     bool closed(bool ok) {
-        frames_.pop_back();
+        --depth_;
         return value(ok);
     }
 };

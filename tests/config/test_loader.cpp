@@ -278,6 +278,8 @@ TEST_F(Config, TheTwoRecordsOfTheExportTableShareOneRow) {
 
 TEST_F(Config, BrokenFilesAreRefusedWithTheirPlace) {
     const std::string vrf = R"("tbl_ci_vrf_eol": [ { "vrf_key_vrf_name": "red" }, )";
+    std::string many_members;   // "a1": 1, ... "a20": 1
+    for (int i = 1; i <= 20; ++i) many_members += (i > 1 ? ", \"a" : "\"a") + std::to_string(i) + "\": 1";
     struct Case {
         std::string text;
         std::vector<std::string> parts;
@@ -353,6 +355,14 @@ TEST_F(Config, BrokenFilesAreRefusedWithTheirPlace) {
          {"t.json: tbl_hostname[0].\"singleton_id\": member repeated in the same object"}},
         {R"({ "tbl_hostname": [ { "singleton_id": 1 } ], "tbl_hostname": [] })",
          {"t.json: tbl_hostname: member repeated in the same object"}},
+        // Objects of many members (checked by a set beyond the first few): a repeat after
+        // the first sixteen, and an object after a large one, whose names are its own.
+        {R"({ "tbl_hostname": [ {)" + many_members + R"(, "a5": 2 } ] })",
+         {"t.json: tbl_hostname[0].\"a5\": member repeated in the same object"}},
+        {R"({ "tbl_hostname": [ {)" + many_members + R"(}, { "b": 1, "a5": 1, "a19": 1, "b": 2 } ] })",
+         {"t.json: tbl_hostname[1].\"b\": member repeated in the same object"}},
+        {R"({ "tbl_hostname": [ {)" + many_members + R"(, "a20": 1 } ] })",
+         {"t.json: tbl_hostname[0].\"a20\": member repeated in the same object"}},
         // Records that stand in no table.
         {R"({ "@records": [] })", {"t.json: \"@records\": expected an object of record types, got array"}},
         {R"({ "@records": { "obj_type": [] } })", {"\"@records\".\"obj_type\": unknown record type"}},
