@@ -232,7 +232,7 @@ void* __tallow_malloc(uint32_t site, uint64_t* type_cell, const char* type_name,
                       const char* pool_name, size_t size) {
     void* p = allocate(site, type_name, size);
     if (watching()) [[unlikely]]
-        tell({zan::plat::AllocCall::malloc, site, type_cell, type_name, pool_cell, pool_name, p});
+        tell({zan::plat::AllocCall::malloc, site, type_cell, type_name, pool_cell, pool_name, p, size});
     return p;
 }
 

@@ -96,6 +96,9 @@ inline bool hit(FaultPoint p) {
 void alloc_clear_injection();
 void value_add_answer_reset();
 extern std::atomic<int32_t> g_value_add_answer;
+// What gx_do_vlist_add_mr_uri answers when a test scripted it; k_no_answer: its length.
+constexpr int64_t k_no_answer = INT64_MIN;
+extern std::atomic<int64_t> g_mr_uri_answer;
 
 // The call-site tag last given to tallow_set_callsite_tag on this thread, spent (0 when
 // none is pending).

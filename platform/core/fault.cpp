@@ -42,7 +42,11 @@ const std::string_view k_fault_point_names[k_fault_points] = {
 };
 
 std::atomic<int32_t> g_value_add_answer{-1};
-void value_add_answer_reset() { g_value_add_answer.store(-1, std::memory_order_relaxed); }
+std::atomic<int64_t> g_mr_uri_answer{k_no_answer};
+void value_add_answer_reset() {
+    g_value_add_answer.store(-1, std::memory_order_relaxed);
+    g_mr_uri_answer.store(k_no_answer, std::memory_order_relaxed);
+}
 
 namespace {
 
@@ -190,6 +194,10 @@ void fault_clear_all() {
 }
 
 void fault_set_value_add_answer(int32_t answer) { g_value_add_answer.store(answer, std::memory_order_relaxed); }
+
+void mr_uri_set_answer(std::optional<int32_t> answer) {
+    g_mr_uri_answer.store(answer ? int64_t(*answer) : k_no_answer, std::memory_order_relaxed);
+}
 
 long ntlist_add_calls_with_error() { return counter_sum(c_ntlist_add_pending); }
 

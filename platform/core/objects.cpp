@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "core.hpp"
@@ -69,6 +70,7 @@ struct gx_do_vlist {
 struct gx_do_nvlist {
     int32_t refs = 1;
     NameValueList items;
+    std::optional<int32_t> len;   // set by a test: the length to answer
 };
 
 struct gx_do_strbuf {
@@ -85,6 +87,7 @@ struct gx_do_uri {
     int32_t refs = 1;
     std::vector<gx_do_uri_segment> segments;   // fixed once built: segment pointers stay valid
     std::string text;
+    std::optional<int32_t> count;   // set by a test: the count to answer
 };
 
 // Properties keep their items in insertion order. Past a handful of items a hash index
@@ -249,7 +252,10 @@ extern "C" {
 const char* GX_DO_NAME_URI = "__uri__";
 
 // ------------------------------------------------------------------ paths
-int32_t gx_do_uri_get_segment_count(gx_do_uri* uri) { return uri ? as_count(uri->segments.size()) : 0; }
+int32_t gx_do_uri_get_segment_count(gx_do_uri* uri) {
+    if (!uri) return 0;
+    return uri->count ? *uri->count : as_count(uri->segments.size());
+}
 
 gx_do_uri_segment* gx_do_uri_get_segment(gx_do_uri* uri, int32_t index) {
     if (!uri || index < 0 || size_t(index) >= uri->segments.size()) return nullptr;
@@ -363,7 +369,8 @@ int32_t gx_do_vlist_add_mr_uri(gx_do_vlist* list, gx_do_uri* uri) {
     Value v;
     v.v = zan::plat::Uri{uri->text};
     list->values.push_back(std::move(v));
-    return as_count(list->values.size());
+    const int64_t scripted = g_mr_uri_answer.load(std::memory_order_relaxed);
+    return scripted != k_no_answer ? int32_t(scripted) : as_count(list->values.size());
 }
 
 // ------------------------------------------------------------------ name-value lists
@@ -375,7 +382,10 @@ gx_do_nvlist* gx_do_nvlist_new(void) {
 
 void gx_do_nvlist_deref(gx_do_nvlist* list) { release(list, c_live_nvlist); }
 
-int32_t gx_do_nvlist_get_len(gx_do_nvlist* list) { return list ? as_count(list->items.size()) : 0; }
+int32_t gx_do_nvlist_get_len(gx_do_nvlist* list) {
+    if (!list) return 0;
+    return list->len ? *list->len : as_count(list->items.size());
+}
 
 int32_t gx_do_nvlist_add_null(gx_do_nvlist* list, const char* name) {
     if (!list || !name || hit(fp_nvlist_add_null)) return -1;
@@ -506,6 +516,14 @@ std::string uri_text(gx_do_uri* uri) { return uri ? uri->text : std::string(); }
 
 void uri_set_text(gx_do_uri* uri, std::string_view text) {
     if (uri) uri->text = text;
+}
+
+void uri_set_count(gx_do_uri* uri, std::optional<int32_t> count) {
+    if (uri) uri->count = count;
+}
+
+void nvlist_set_len(gx_do_nvlist* list, std::optional<int32_t> len) {
+    if (list) list->len = len;
 }
 
 gx_do_properties* properties_new() {

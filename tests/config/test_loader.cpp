@@ -475,6 +475,28 @@ TEST_F(Config, DefaultVariantIsReadFromTheTopLevel) {
     std::optional<int32_t> v = 9;
     ASSERT_EQ(cfg::load_into(store, R"({ "@default_variant": 2147483647 })", "w.json", &v), "");
     EXPECT_EQ(v, std::optional<int32_t>(INT32_MAX));
+
+    // A variant read before the load fails is not handed back either: the caller's value
+    // and the store stay as they were, whether the failure is in a row, the JSON or a key.
+    ASSERT_EQ(cfg::load_into(store, R"({ "tbl_hostname": [ { "singleton_id": 1 } ] })", "w.json"), "");
+    const Row* kept = store.rows(table("tbl_hostname"))[0];
+    for (const char* bad : {R"({ "@default_variant": 5, "tbl_ntp_source_eol": [ { "singleton_id": 1 } ],
+                                 "tbl_hostname": [ { "singleton_id": "x" } ] })",
+                            R"({ "@default_variant": 5, "tbl_ntp_source_eol": [ { "singleton_id": 1 } ] )",
+                            R"({ "@default_variant": 5, "tbl_ntp_source_eol": [ { "singleton_id": 1 } ],
+                                 "tbl_ci_vrf_eol": [ { "vrf_key_vrf_name": "red" }, { "vrf_key_vrf_name": "red" } ] })"}) {
+        SCOPED_TRACE(bad);
+        v = 9;
+        EXPECT_NE(cfg::load_into(store, bad, "w.json", &v), "");
+        EXPECT_EQ(v, std::optional<int32_t>(9));
+        EXPECT_EQ(store.size(), 1u);
+        EXPECT_TRUE(store.rows(table("tbl_ntp_source_eol")).empty());
+        EXPECT_EQ(store.rows(table("tbl_hostname"))[0], kept);
+        cfg::LoadResult r = cfg::load_text(bad, "w.json");
+        EXPECT_FALSE(r);
+        EXPECT_EQ(r.store, nullptr);
+        EXPECT_EQ(r.default_variant, std::nullopt);
+    }
 }
 
 TEST_F(Config, LongFilesKeepThePlacesOfTheirFaults) {

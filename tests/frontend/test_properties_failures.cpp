@@ -133,11 +133,31 @@ TEST_F(PropsFail, NullRenderingArgumentsAndRoom) {
         EXPECT_EQ(normal(nullptr, 0, null_err ? "p." : nullptr, props, null_err ? nullptr : &err), 3);
         EXPECT_EQ(texts(traces), std::vector<std::string>{"ntp_peer_cp_0_cp to_properties null argument(s)"});
     }
-    {
+    // Room for the full name: 256 characters. "ntp_peer" is 8, "ci_ip_helpaddr_vrf_name" 23;
+    // a prefix of 256 is taken in but leaves no room, one of 257 is refused on entry.
+    auto lenient = internal_fn<null_fn>("v166_ci_ip_helpaddr_eol_ext_to_null_properties");
+    ASSERT_NE(lenient, nullptr);
+    struct Room {
+        null_fn f;
+        size_t prefix;
+        const char* field;
+        int32_t status;
+    };
+    for (const Room& r : {Room{normal, 248, "ntp_peer", 0}, Room{normal, 249, "ntp_peer", 3},
+                          Room{normal, 256, "ntp_peer", 3}, Room{normal, 257, "ntp_peer", 3},
+                          Room{lenient, 233, "ci_ip_helpaddr_vrf_name", 0},
+                          Room{lenient, 234, "ci_ip_helpaddr_vrf_name", 3}}) {
+        SCOPED_TRACE(std::to_string(r.prefix) + " + " + r.field);
+        fresh();
+        const std::string prefix(r.prefix, 'p');
         plat::TraceCapture traces;
-        EXPECT_EQ(normal(nullptr, 0, std::string(257, 'p').c_str(), props, &err), 3);
+        EXPECT_EQ(r.f(nullptr, 0, prefix.c_str(), props, &err), r.status);
         EXPECT_TRUE(traces.records().empty());
+        EXPECT_EQ(err, 0u);
+        EXPECT_EQ(names_of(props), r.status == 0 ? std::vector<std::string>{prefix + r.field}
+                                                 : std::vector<std::string>{});
     }
+    fresh();
     err = 9;
     EXPECT_EQ(normal(nullptr, 0, "p.", props, &err), 0);
     err = 0;
@@ -145,8 +165,6 @@ TEST_F(PropsFail, NullRenderingArgumentsAndRoom) {
     EXPECT_EQ(normal(nullptr, 0, "p.", props, &err), 0);
     EXPECT_EQ(names_of(props), std::vector<std::string>{"p.ntp_peer"});
 
-    auto lenient = internal_fn<null_fn>("v166_ci_ip_helpaddr_eol_ext_to_null_properties");
-    ASSERT_NE(lenient, nullptr);
     {
         plat::TraceCapture traces;
         EXPECT_EQ(lenient(nullptr, 0, "", nullptr, &err), 3);

@@ -130,8 +130,11 @@ protected:
         params = zan::plat::params_new();
         slot = nullptr;
     }
-    int32_t run(const std::vector<UriSegment>& segs, uint32_t kind = 0, bool with_pd = true, bool with_pdc = true) {
+    // `shape` may change the path before it is offered (its count, a key list's length).
+    int32_t run(const std::vector<UriSegment>& segs, uint32_t kind = 0, bool with_pd = true, bool with_pdc = true,
+                const std::function<void(gx_do_uri*)>& shape = {}) {
         gx_do_uri* uri = zan::plat::uri_new(segs);
+        if (shape) shape(uri);
         const int32_t rc = dispatch(nullptr, 3, 0x99, uri, with_pd ? pd : nullptr, with_pdc ? pdc : nullptr, params, 0,
                                     kind, &slot);
         zan::plat::uri_deref(uri);
@@ -329,12 +332,53 @@ TEST_F(Resolve, TopDispatcherLeavesNoRootMarkerWithMoreSegments) {
 }
 
 TEST_F(Resolve, TopDispatcherOffersSegmentOneWhateverTheCountSays) {
-    zan::plat::TraceCapture cap;
-    EXPECT_EQ(run({}), 3);   // only segment 0
-    ASSERT_FALSE(cap.records().empty());
-    EXPECT_EQ(cap.records()[0].text, " Processing seg 1\\n");
-    ASSERT_GE(cap.records().size(), 2u);
-    EXPECT_EQ(cap.records()[1].text, "  PDC stored table match ROOT");
+    {
+        zan::plat::TraceCapture cap;
+        EXPECT_EQ(run({}), 3);   // only segment 0
+        ASSERT_FALSE(cap.records().empty());
+        EXPECT_EQ(cap.records()[0].text, " Processing seg 1\\n");
+        ASSERT_GE(cap.records().size(), 2u);
+        EXPECT_EQ(cap.records()[1].text, "  PDC stored table match ROOT");
+    }
+    // A two-segment path whose count says otherwise: below 3 (0 and negative included) the
+    // loop makes one pass, on segment 1, as the last segment; 3 makes it look at segment 2.
+    const std::vector<UriSegment> two{seg("tbl_cfg_ip_dhcp_pool_eol"), seg("tbl_dhcp_pool_network")};
+    struct Case {
+        int32_t count;
+        std::vector<UriSegment> segs;
+        int32_t code;
+        size_t passes, traversals;
+        const char* last_table;   // the slot's table after the walk; nullptr: none
+        size_t listed;            // names in pd_list
+    };
+    const Case cases[] = {
+        {0, two, 1, 1, 2, "tbl_cfg_ip_dhcp_pool_eol", 0},
+        {-1, two, 1, 1, 2, "tbl_cfg_ip_dhcp_pool_eol", 0},
+        {1, two, 1, 1, 2, "tbl_cfg_ip_dhcp_pool_eol", 0},
+        {2, two, 1, 1, 2, "tbl_cfg_ip_dhcp_pool_eol", 0},
+        {3, two, 1, 2, 4, "tbl_dhcp_pool_network", 0},
+        // a lone "*" under a count of 0 is still the one segment: the root tables list
+        {0, {bare("*")}, 3, 1, 0, nullptr, 107},
+        {0, {bare("*"), bare("dhcp_pool_network")}, 3, 1, 0, nullptr, 107},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE("count " + std::to_string(c.count) + ", " + c.segs[0].name);
+        reset();
+        zan::plat::TraceCapture cap;
+        EXPECT_EQ(run(c.segs, 0, true, true, [&](gx_do_uri* uri) { zan::plat::uri_set_count(uri, c.count); }), c.code);
+        std::vector<std::string> passes;
+        for (const auto& r : cap.records())
+            if (r.text.starts_with(" Processing seg ")) passes.push_back(r.text);
+        ASSERT_EQ(passes.size(), c.passes);
+        EXPECT_EQ(passes[0], " Processing seg 1\\n");
+        EXPECT_EQ(travs().size(), c.traversals);
+        EXPECT_EQ(slot, c.last_table ? zan::db::table_info(c.last_table)->vft : nullptr);
+        EXPECT_EQ(pd_names().size(), c.listed);
+        // The root marker only for a walk that ends at segment 1.
+        bool root_marker = false;
+        for (const auto& r : cap.records()) root_marker |= r.text == "  PDC stored table match ROOT";
+        EXPECT_EQ(root_marker, c.passes == 1);
+    }
 }
 
 // ------------------------------------------------------------------ traces of a success
@@ -689,6 +733,60 @@ TEST_F(Resolve, OneKeyQueryFailures) {
         EXPECT_EQ(zan::plat::live_traversals() - traversals, long(c.traversals)) << "no traversal left over";
         EXPECT_EQ(zan::plat::alloc_live() - live, long(c.traversals)) << "arrays and key data freed";
         EXPECT_EQ(slot, zan::db::table_info("tbl_ntp_auth_key_eol")->vft) << "the path step stands";
+    }
+}
+
+// A key list whose length reads negative is not the empty list: both templates trace the
+// length and ask the allocator for the length sign-extended times eight, which no allocator
+// gives, and answer 5 like any failed allocation; the path step stands.
+TEST_F(Resolve, ANegativeKeyListLengthFailsTheFirstAllocation) {
+    struct Case {
+        std::vector<UriSegment> segs;
+        const char* table;
+        int32_t len;
+    };
+    const Case cases[] = {
+        {{seg("tbl_ntp_auth_key_eol")}, "tbl_ntp_auth_key_eol", -1},
+        {{seg("tbl_ntp_auth_key_eol")}, "tbl_ntp_auth_key_eol", -2},
+        {{seg("tbl_ip_dhcp_svr")}, "tbl_ip_dhcp_svr", -1},
+        {{seg("tbl_threat_visibility"), seg("tbl_threat_visibility_ip_export")}, "tbl_threat_visibility_ip_export",
+         -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.table) + " " + std::to_string(c.len));
+        reset();
+        const size_t last = c.segs.size();
+        const long live = zan::plat::alloc_live();
+        const long records = zan::db::live_counts().key_records;
+        std::vector<size_t> asked;
+        zan::plat::alloc_set_watch([&](const zan::plat::AllocCall& a) {
+            if (a.kind == zan::plat::AllocCall::malloc && a.type_name == std::string_view("BYTE*"))
+                asked.push_back(a.size);
+        });
+        zan::plat::TraceCapture cap;
+        const int32_t code = run(c.segs, 0, true, true, [&](gx_do_uri* uri) {
+            zan::plat::nvlist_set_len(gx_do_uri_segment_get_keys(gx_do_uri_get_segment(uri, int32_t(last))), c.len);
+        });
+        zan::plat::alloc_clear_watch();
+        EXPECT_EQ(code, 5);
+        EXPECT_TRUE(has_trace(cap, " nvlist_num = " + std::to_string(c.len), k_debug));
+        EXPECT_FALSE(has_trace(cap, " nvlist_num <= 0", k_debug));
+        std::vector<std::string> errors;
+        bool passed_on = false;
+        for (const auto& r : cap.records()) {
+            if (r.level != k_error) continue;
+            if (r.text.find("path_query_dispatch") == std::string::npos) errors.push_back(r.text);
+            else passed_on |= r.text.ends_with("path_query_dispatch: Generate prop param failed\\n");
+        }
+        EXPECT_EQ(errors, std::vector<std::string>{" Failed to allocate memory for key_name_arr"});
+        EXPECT_TRUE(passed_on) << "the dispatcher passes the 5 on with its line";
+        ASSERT_EQ(asked.size(), last) << "one name array per query, the parent's included";
+        EXPECT_EQ(asked.back(), size_t(int64_t(c.len) * 8));
+        EXPECT_EQ(travs().size(), 2 * last - 1) << "the path steps stand, no query step";
+        EXPECT_EQ(slot, zan::db::table_info(c.table)->vft);
+        EXPECT_EQ(zan::db::live_counts().key_records, records);
+        reset();
+        EXPECT_EQ(zan::plat::alloc_live(), live) << "nothing but the traversals was kept";
     }
 }
 

@@ -3,6 +3,7 @@
 // has no row and no caller; it is reached through the library's symbol table.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -150,6 +151,36 @@ TEST_F(Rows, ReservedNameAddsTheRowsPathWhereItStands) {
     EXPECT_EQ(fetch({uri_name + ".x"}), -1);
     EXPECT_TRUE(values().empty());
 
+    // The adder's own answer is the result: a 0 folds into -1 like an unknown name's, any
+    // other number is handed on as it came (a negative one at once, the later names unasked).
+    struct Case {
+        int32_t answer;
+        std::vector<std::string> names;
+        int32_t result;
+        size_t values;
+    };
+    const Case cases[] = {
+        {0, {uri_name}, -1, 1},
+        {42, {uri_name}, 42, 1},
+        {0, {"peer_server_key", uri_name}, -1, 2},
+        {0, {uri_name, "peer_server_key"}, 2, 2},
+        {-3, {uri_name, "peer_server_key"}, -3, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(c.answer) + " for " + c.names[0]);
+        const long live = plat::alloc_live();
+        plat::mr_uri_set_answer(c.answer);
+        EXPECT_EQ(fetch(c.names), c.result);
+        plat::mr_uri_set_answer(std::nullopt);
+        EXPECT_EQ(err, 0u);
+        const plat::ValueList got = values();
+        ASSERT_EQ(got.size(), c.values);
+        EXPECT_EQ(std::count_if(got.begin(), got.end(),
+                                [](const plat::Value& v) { return std::holds_alternative<plat::Uri>(v.v); }),
+                  1);
+        EXPECT_EQ(plat::alloc_live(), live) << "the name copies are freed";
+    }
+
     // A failing adder ends the list at once with its own answer; nothing leaks.
     const long live = plat::alloc_live();
     plat::fault_fail_nth("gx_do_vlist_add_mr_uri", 1);
@@ -216,11 +247,35 @@ TEST_F(Rows, TwoRecordTableAsksTheKeyRecordFirst) {
     EXPECT_EQ(std::get<uint64_t>(values()[0].v), db::get_u64(value, "tv_ip_export_parent_table_key"));
     EXPECT_EQ(fetch({"nonsense"}), -1);
 
-    // The whole row: the key record's values, then the value record's.
-    EXPECT_GT(fetch({}), 0);
-    EXPECT_EQ(values().size(), expect().table(table).columns.size());
-    // A failing key record ends the row before the value record.
-    plat::fault_fail_nth("gx_do_vlist_add_value", 1);
-    EXPECT_LT(fetch({}), 0);
+    // The value record's selector is handed the same save pointer: the rest of a dotted
+    // name is still there for it (and ignored behind a leaf).
+    EXPECT_EQ(fetch({"tv_ip_export_parent_table_key.x.y"}), 1);
+    ASSERT_EQ(values().size(), 1u);
+    EXPECT_EQ(std::get<uint64_t>(values()[0].v), db::get_u64(value, "tv_ip_export_parent_table_key"));
+    // A key attribute that sets the word: its -1 stands, and the value record is not asked.
+    plat::fault_fail_nth("accessor", 1);
+    EXPECT_EQ(fetch({"vrf_name"}), -1);
+    EXPECT_EQ(err, 5u);
     EXPECT_TRUE(values().empty());
+    plat::fault_clear_all();
+
+    // The whole row: the key record's values, then the value record's, whose result is the
+    // row's (here the list's length after its one value).
+    const int32_t columns = int32_t(expect().table(table).columns.size());
+    EXPECT_EQ(fetch({}), columns);
+    EXPECT_EQ(values().size(), size_t(columns));
+    // A failing key record ends the row before the value record; a failing value record
+    // leaves the key record's values and answers its own failure.
+    struct Case {
+        long nth;
+        size_t values;
+    };
+    for (const Case& c : {Case{1, 0}, Case{3, 2}, Case{4, 3}}) {
+        SCOPED_TRACE(c.nth);
+        plat::fault_set_value_add_answer(-7);
+        plat::fault_fail_nth("gx_do_vlist_add_value", c.nth);
+        EXPECT_EQ(fetch({}), -7);
+        plat::fault_clear_all();
+        EXPECT_EQ(values().size(), c.values);
+    }
 }

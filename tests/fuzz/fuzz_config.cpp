@@ -12,7 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (r) {
         if (!r.error.empty()) std::abort();
     } else {
-        if (r.error.empty() || r.error.find('\n') != std::string_view::npos) std::abort();
+        // nothing handed back: no store, no default variant
+        if (r.error.empty() || r.error.find('\n') != std::string_view::npos || r.default_variant) std::abort();
     }
     return 0;
 }

@@ -79,6 +79,12 @@ gx_do_uri* uri_new(const std::vector<UriSegment>& segments);
 void uri_deref(gx_do_uri* uri);
 std::string uri_text(gx_do_uri* uri);
 void uri_set_text(gx_do_uri* uri, std::string_view text);
+// What gx_do_uri_get_segment_count answers for this path, whatever segments it holds (an
+// engine may hand in a count of 0); nullopt: the number of segments again.
+void uri_set_count(gx_do_uri* uri, std::optional<int32_t> count);
+// What gx_do_nvlist_get_len answers for this list (a negative length, say); its items stay
+// as they are. nullopt: the number of items again.
+void nvlist_set_len(gx_do_nvlist* list, std::optional<int32_t> len);
 
 gx_do_properties* properties_new();
 void properties_deref(gx_do_properties* props);
@@ -199,6 +205,7 @@ struct AllocCall {
     const uint64_t* pool_cell = nullptr;
     const char* pool_name = nullptr;
     const void* block = nullptr;           // given or freed; nullptr: the attempt failed
+    size_t size = 0;                       // bytes asked of __tallow_malloc
 };
 using AllocWatch = std::function<void(const AllocCall&)>;
 // While a watch is set, every call of the three is handed to it on the calling thread, the
@@ -254,6 +261,10 @@ void fault_clear_all();                                // the allocator's inject
 // What a failing value add ("gx_do_vlist_add_value", "gx_do_nvlist_add_value",
 // "gx_do_properties_set_value") answers: -1 unless set otherwise.
 void fault_set_value_add_answer(int32_t answer);
+// gx_do_vlist_add_mr_uri appends the path as always but answers this number instead of the
+// new length (0, say, which no real adder gives for a success). nullopt, or fault_clear_all,
+// puts the length back.
+void mr_uri_set_answer(std::optional<int32_t> answer);
 // Calls of arbor_fe_ntlist_add that found the error word already set, since start.
 long ntlist_add_calls_with_error();
 long fault_calls(std::string_view point);              // calls seen at this point since start
