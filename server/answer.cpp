@@ -26,24 +26,6 @@ struct Failure {
     std::string type, tag, path, message;
 };
 
-void quote(std::string& out, std::string_view s) {
-    out += '"';
-    for (const char ch : s) {
-        const auto c = static_cast<unsigned char>(ch);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += ch;
-        } else if (c < 0x20) {
-            char buf[8];
-            std::snprintf(buf, sizeof buf, "\\u%04x", c);
-            out += buf;
-        } else {
-            out += ch;
-        }
-    }
-    out += '"';
-}
-
 std::vector<std::string> key_names(const TableInfo& t) {
     std::vector<std::string> out;
     if (t.key_kind == db::KeyKind::compound)
@@ -264,15 +246,15 @@ std::string data_document(const Context& ctx, const Request& req) {
 
 std::string library_document(const Context& ctx) {
     std::string out = "{\n  \"ietf-yang-library:modules-state\": {\n    \"module-set-id\": ";
-    quote(out, ctx.module.name + "@" + ctx.module.revision);
+    zan::engine::append_json_string(out, ctx.module.name + "@" + ctx.module.revision);
     out += ",\n    \"module\": [\n      {\n        \"name\": ";
-    quote(out, ctx.module.name);
+    zan::engine::append_json_string(out, ctx.module.name);
     out += ",\n        \"revision\": ";
-    quote(out, ctx.module.revision);
+    zan::engine::append_json_string(out, ctx.module.revision);
     out += ",\n        \"schema\": ";
-    quote(out, ctx.base + "/restconf/modules/" + ctx.module.name);
+    zan::engine::append_json_string(out, ctx.base + "/restconf/modules/" + ctx.module.name);
     out += ",\n        \"namespace\": ";
-    quote(out, ctx.module.ns);
+    zan::engine::append_json_string(out, ctx.module.ns);
     out += ",\n        \"conformance-type\": \"implement\"\n      }\n    ]\n  }\n}\n";
     return out;
 }
@@ -305,15 +287,15 @@ Module read_module(const std::string& file) {
 std::string errors_document(std::string_view type, std::string_view tag, std::string_view path,
                             std::string_view message) {
     std::string out = "{\n  \"ietf-restconf:errors\": {\n    \"error\": [\n      {\n        \"error-type\": ";
-    quote(out, type);
+    zan::engine::append_json_string(out, type);
     out += ",\n        \"error-tag\": ";
-    quote(out, tag);
+    zan::engine::append_json_string(out, tag);
     if (!path.empty()) {
         out += ",\n        \"error-path\": ";
-        quote(out, path);
+        zan::engine::append_json_string(out, path);
     }
     out += ",\n        \"error-message\": ";
-    quote(out, message);
+    zan::engine::append_json_string(out, message);
     out += "\n      }\n    ]\n  }\n}\n";
     return out;
 }
