@@ -33,8 +33,8 @@ def rss_kb(pid):
 
 
 def millis(text):
-    n, unit = re.match(r"([\d.]+)(us|ms|s)", text).groups()
-    return float(n) * {"us": 0.001, "ms": 1, "s": 1000}[unit]
+    n, unit = re.fullmatch(r"([\d.]+)(us|ms|s|m|h)", text).groups()
+    return float(n) * {"us": 0.001, "ms": 1, "s": 1000, "m": 60_000, "h": 3_600_000}[unit]
 
 
 def wrk(proc, url, seconds, connections):
@@ -52,8 +52,8 @@ def wrk(proc, url, seconds, connections):
     done.set()
     t.join()
     r = {"rps": float(re.search(r"Requests/sec:\s+([\d.]+)", out).group(1)),
-         "p50": millis(re.search(r"50%\s+(\S+)", out).group(1)),
-         "p99": millis(re.search(r"99%\s+(\S+)", out).group(1)),
+         "p50": millis(re.search(r"^\s+50%\s+(\S+)[ \t]*$", out, re.M).group(1)),
+         "p99": millis(re.search(r"^\s+99%\s+(\S+)[ \t]*$", out, re.M).group(1)),
          "requests": int(re.search(r"(\d+) requests in", out).group(1)),
          "non2xx": int(m.group(1)) if (m := re.search(r"Non-2xx or 3xx responses: (\d+)", out)) else 0,
          "errors": sum(int(x) for x in m.groups()) if (m := re.search(
