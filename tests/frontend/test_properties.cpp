@@ -453,7 +453,7 @@ TEST_F(Props, TheTwoRecordTableRendersItsValueRecordOnlyAfterACleanKey) {
         const int32_t r = t.to_properties(nullptr, 0, row.get(), props, 0, &err);
         plat::fault_clear_all();
         EXPECT_EQ(r != 0, c.result != 0) << r;
-        if (c.err >= 0) EXPECT_EQ(err, uint32_t(c.err));
+        if (c.err >= 0) { EXPECT_EQ(err, uint32_t(c.err)); }
         EXPECT_EQ(plat::properties_get(props, value_attr) != nullptr, c.value_rendered);
     }
 }

@@ -731,8 +731,9 @@ TEST(ToolType, RecordsOutsideTables) {
         const auto j = parse_json(out_of({"type", "--json", type}));
         EXPECT_TRUE(j["row"].get<std::string>().starts_with("@records.")) << j["row"];
         // a stored record of the type itself comes before one nested in another record
-        if (std::string(type) != "ack_node")
+        if (std::string(type) != "ack_node") {
             EXPECT_EQ(j["row"].get<std::string>(), "@records." + std::string(type) + "[0]");
+        }
         EXPECT_EQ(j["to_properties"]["result"], 0);
         EXPECT_GE(j["to_vlist_all"]["result"].get<int>(), 0);
         // One value per attribute, in both renderings.
