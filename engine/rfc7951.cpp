@@ -15,21 +15,29 @@ using db::TypeInfo;
 using plat::Value;
 
 // A JSON value under construction: members keep the order they were added in.
+struct Member;
 struct Node {
     enum Kind { object, array, scalar } kind = object;
     std::string text;                              // a scalar, already encoded
-    std::vector<std::pair<std::string, Node>> members;
+    std::vector<Member> members;
     std::vector<Node> items;
 
-    Node& member(const std::string& name, Kind k) {
-        for (auto& [n, v] : members)
-            if (n == name) return v;
-        members.emplace_back(name, Node{});
-        members.back().second.kind = k;
-        return members.back().second;
-    }
-    bool empty() const { return kind == object ? members.empty() : kind == array ? items.empty() : false; }
+    Node& member(const std::string& name, Kind k);
+    bool empty() const;
 };
+struct Member {
+    std::string first;
+    Node second;
+};
+
+Node& Node::member(const std::string& name, Kind k) {
+    for (auto& [n, v] : members)
+        if (n == name) return v;
+    members.push_back(Member{name, Node{}});
+    members.back().second.kind = k;
+    return members.back().second;
+}
+bool Node::empty() const { return kind == object ? members.empty() : kind == array ? items.empty() : false; }
 
 
 void print(std::string& out, const Node& n, int depth) {
@@ -278,7 +286,7 @@ private:
             Node* at = &obj;
             for (const std::string& c : containers) at = &at->member(c, Node::object);
             const std::string leaf = item.name.substr(item.name.rfind('.') + 1);
-            at->members.emplace_back(leaf, encode(f, item.value, std::string(table.name) + " \"" + item.name + "\""));
+            at->members.push_back(Member{leaf, encode(f, item.value, std::string(table.name) + " \"" + item.name + "\"")});
         }
         prune(obj);
     }
