@@ -50,6 +50,12 @@ VARIANT_TEXT = ("The attribute or enumerator exists from this variant (extension
                 "of a lower variant does not render it.")
 
 
+def count_limit(r, f):
+    """The largest count the field's count field can hold (None: a word without a limit)."""
+    bound = next((g for g in r.all_fields if g.name == f.bound), None)
+    return WIDTH_MAX.get(bound.word) if bound else None
+
+
 class YangError(Exception):
     pass
 
@@ -169,8 +175,7 @@ class Writer:
                 self.out(d + 1, f"max-elements {f.bound};")
                 what += f", {f.bound} elements of {f.type}"
             else:
-                bound = next((g for g in r.all_fields if g.name == f.bound), None)
-                limit = WIDTH_MAX.get(bound.word) if bound else None
+                limit = count_limit(r, f)
                 if limit is not None:
                     self.out(d + 1, f"max-elements {limit};")
                 what += f", elements of {f.type} counted by {f.bound}"
@@ -183,8 +188,7 @@ class Writer:
                     self.out(d + 1, f'type string {{ length "0..{f.bound}"; }}')
                     what += f", at most {f.bound} characters"
                 else:
-                    bound = next((g for g in r.all_fields if g.name == f.bound), None)
-                    limit = WIDTH_MAX.get(bound.word) if bound else None
+                    limit = count_limit(r, f)
                     if limit is not None:
                         self.out(d + 1, f'type string {{ length "0..{limit}"; }}')
                     else:
