@@ -215,30 +215,40 @@ std::vector<std::string> key_names(const TableInfo& t) {
     return out;
 }
 
+// Writes the document entry by entry: an entry's attributes are made a tree of their own
+// (the containers of the dotted names) and written, then its child lists as they are
+// reached, so that what is held at a time is one row's attributes and the lists on the path
+// down to it. `rows_` nullptr: every row of the store is printed, rendered when reached.
 class Printer {
 public:
-    Printer(const db::Store& store, const Rendered& rows, const RenderFn& render)
-        : store_(store), rows_(rows), render_(render) {
-        // Every row given, and each of its ancestors, is visited; nothing else is.
-        for (const auto& [row, items] : rows_) {
-            check_self_levels(*row);
-            for (const db::Row* r = row; r && visit_.insert(r).second;) r = db::parent_of(*r);
+    Printer(const db::Store& store, const Rendered* rows, const RenderFn& render, std::string& out,
+            const std::function<void()>& row_done)
+        : store_(store), rows_(rows), render_(render), out_(out), row_done_(row_done) {
+        if (rows_) {
+            // Every row given, and each of its ancestors, is visited; nothing else is.
+            for (const auto& [row, items] : *rows_) {
+                check_self_levels(*row);
+                for (const db::Row* r = row; r && visit_.insert(r).second;) r = db::parent_of(*r);
+            }
+        } else {
+            for (const TableInfo* t : db::tables())
+                for (const db::Row* row : store_.rows(*t)) check_self_levels(*row);
         }
     }
 
-    std::string text() {
-        Node top;
-        for (const TableInfo* p : db::positions())
-            if (!p->parent || p->parent->table == p->table) list(top, *p, nullptr, std::string(k_module) + ":");
-        std::string out;
-        print(out, top, 0);
-        return out + "\n";
+    void write() {
+        out_ += '{';
+        const size_t members = lists(nullptr, nullptr, 0, std::string(k_module) + ":", 0);
+        out_ += members ? "\n}\n" : "}\n";
+        if (row_done_) row_done_();
     }
 
 private:
     const db::Store& store_;
-    const Rendered& rows_;
+    const Rendered* rows_;
     const RenderFn& render_;
+    std::string& out_;
+    const std::function<void()>& row_done_;
     std::unordered_set<const db::Row*> visit_;
 
     // A table that is its own parent stands in the module k_self_levels deep at most.
@@ -252,28 +262,70 @@ private:
         }
     }
 
-    void list(Node& into, const TableInfo& pos, const db::Row* parent, const std::string& qualifier) {
-        Node* entries = nullptr;
-        for (const db::Row* row : store_.rows_under(*pos.table, parent)) {
-            if (!visit_.count(row)) continue;
-            if (!entries) entries = &into.member(qualifier + std::string(pos.segment), Node::array);
-            entries->items.push_back(entry(*row));
+    bool visited(const db::Row* row) const { return !rows_ || visit_.count(row); }
+
+    // The lists below `parent` (nullptr: the top level) as members of the object being
+    // written at `depth`, after the `members` already written in it: positions of the same
+    // name make one list, placed where the first of them that has rows stands. Answers the
+    // members written in all.
+    size_t lists(const TableInfo* table, const db::Row* parent, int depth, const std::string& qualifier,
+                 size_t members) {
+        const auto here = [table](const TableInfo* p) {
+            return table ? p->parent && p->parent->table == table : !p->parent || p->parent->table == p->table;
+        };
+        const std::string pad(2 * depth + 2, ' ');
+        const std::string item_pad(2 * depth + 4, ' ');
+        std::vector<std::string_view> written;
+        for (const TableInfo* first : db::positions()) {
+            if (!here(first) || std::find(written.begin(), written.end(), first->segment) != written.end()) continue;
+            std::vector<const db::Row*> entries;
+            for (const TableInfo* p : db::positions())
+                if (here(p) && p->segment == first->segment)
+                    for (const db::Row* row : store_.rows_under(*p->table, parent))
+                        if (visited(row)) entries.push_back(row);
+            if (entries.empty()) continue;
+            written.push_back(first->segment);
+            out_ += members++ ? ",\n" : "\n";
+            out_ += pad;
+            append_json_string(out_, qualifier + std::string(first->segment));
+            out_ += ": [";
+            for (size_t i = 0; i < entries.size(); ++i) {
+                out_ += i ? ",\n" : "\n";
+                out_ += item_pad;
+                entry(*entries[i], depth + 2);
+            }
+            out_ += '\n' + std::string(2 * depth + 2, ' ') + ']';
         }
+        return members;
     }
 
-    Node entry(const db::Row& row) {
+    // One list entry, an object at `depth`: its attributes, then its child lists.
+    void entry(const db::Row& row, int depth) {
         const TableInfo& table = *db::table_of(row).table;
-        Node obj;
-        const auto given = rows_.find(&row);
-        if (given != rows_.end()) {
-            attributes(obj, table, given->second, nullptr);
-        } else {
-            const std::vector<std::string> keys = key_names(table);
-            attributes(obj, table, render_(row), &keys);
+        size_t members = 0;
+        {
+            Node obj;
+            if (!rows_) {
+                attributes(obj, table, render_(row), nullptr);
+            } else if (const auto given = rows_->find(&row); given != rows_->end()) {
+                attributes(obj, table, given->second, nullptr);
+            } else {
+                const std::vector<std::string> keys = key_names(table);
+                attributes(obj, table, render_(row), &keys);
+            }
+            const std::string pad(2 * depth + 2, ' ');
+            out_ += '{';
+            for (; members < obj.members.size(); ++members) {
+                out_ += members ? ",\n" : "\n";
+                out_ += pad;
+                append_json_string(out_, obj.members[members].first);
+                out_ += ": ";
+                print(out_, obj.members[members].second, depth + 1);
+            }
         }
-        for (const TableInfo* p : db::positions())
-            if (p->parent && p->parent->table == &table) list(obj, *p, &row, "");
-        return obj;
+        if (row_done_) row_done_();
+        members = lists(&table, &row, depth, "", members);
+        out_ += members ? '\n' + std::string(2 * depth, ' ') + '}' : std::string("}");
     }
 
     static void attributes(Node& obj, const TableInfo& table, const std::vector<plat::NamedValue>& items,
@@ -302,7 +354,14 @@ private:
 }  // namespace
 
 std::string document(const db::Store& store, const Rendered& rows, const RenderFn& render_ancestor) {
-    return Printer(store, rows, render_ancestor).text();
+    std::string out;
+    Printer(store, &rows, render_ancestor, out, nullptr).write();
+    return out;
+}
+
+void document_of_all(const db::Store& store, const RenderFn& render, std::string& out,
+                     const std::function<void()>& row_done) {
+    Printer(store, nullptr, render, out, row_done).write();
 }
 
 }  // namespace zan::engine::rfc7951

@@ -2,7 +2,8 @@
 """Prints the size table of bench_scale's Google Benchmark JSON: per shape and size the load,
 the heap the store holds per row, one keyed get of the last row and the dump per row, beside
 libyang's parse of the same content; then the growth from 10,000 to 100,000 rows (ideal 10)
-and the keyed get's from 1,000 to 100,000 (ideal 1).
+and the keyed get's from 1,000 to 100,000 (ideal 1); then libyang's parse with the same lists
+in one container, and its growth from the size before.
 
 usage: scale_table.py RESULT.json
 """
@@ -73,6 +74,23 @@ def main(argv):
             print(f"| {name} | {fmt(growth('ScaleLoad'), 1)} | {fmt(growth('ScaleLoad', 'heap'), 1)} | "
                   f"{fmt(growth('ScaleDump'), 1)} | {fmt(growth('ScaleGetLast', lo=min(sizes)), 1)} | "
                   f"{fmt(growth('PeerScaleParse'), 1)} | {fmt(growth('PeerScaleParse', 'heap'), 1)} |")
+
+    if any(k[0] == "PeerContainedScaleParse" for k in r):
+        # libyang with the same lists in one container: its parse is linear there
+        print()
+        print("| shape | rows | libyang in a container: parse ms | µs/row | heap B/row | parse x | "
+              "load ours/libyang | heap ours/libyang |")
+        print("|---|---:|---:|---:|---:|---:|---:|---:|")
+        for s, name in enumerate(shapes):
+            for i, n in enumerate(sizes):
+                rows = int(get("ScaleLoad", s, n, "rows") or n)
+                ly_ms, ly_heap = get("PeerContainedScaleParse", s, n), get("PeerContainedScaleParse", s, n, "heap")
+                before = get("PeerContainedScaleParse", s, sizes[i - 1]) if i else None
+                growth = None if ly_ms is None or not before else ly_ms / before
+                ratio = lambda a, b: None if a is None or not b else a / b
+                print(f"| {name} | {rows:,} | {fmt(ly_ms)} | {fmt(None if ly_ms is None else ly_ms * 1e3 / rows)} | "
+                      f"{fmt(ly_heap, 0)} | {fmt(growth, 1)} | {fmt(ratio(get('ScaleLoad', s, n), ly_ms))} | "
+                      f"{fmt(ratio(get('ScaleLoad', s, n, 'heap'), ly_heap))} |")
 
 
 if __name__ == "__main__":

@@ -1,6 +1,8 @@
-// The commands of the zanfe tool, one function each. A command writes its whole answer
-// into Session::out, which main prints only once the command has succeeded, so that a
-// failing command prints nothing but its error line.
+// The commands of the zanfe tool, one function each. A command writes its answer into
+// Session::out, which main prints only once the command has succeeded, so that a failing
+// command prints nothing but its error line. `dump`, whose answer grows with the
+// configuration, passes it on in blocks as it goes (Session::pass_on): a dump that fails
+// part way has printed the blocks before the failure.
 #pragma once
 
 #include <memory>
@@ -16,6 +18,10 @@ namespace zanfe {
 struct Session {
     zan::engine::Engine engine;
     std::string out;
+    // Prints what `out` holds and empties it, once it holds a block (64 KiB) or more.
+    void pass_on();
+    // Prints what `out` holds and empties it.
+    void print_out();
     // Rows that requests are walked over: loaded before the command runs when --db is
     // given, otherwise on first use from the built-in configuration.
     std::unique_ptr<zan::db::Store> store;

@@ -10,6 +10,19 @@
 #include "commands.hpp"
 #include "zan/platform.hpp"
 
+namespace zanfe {
+
+void Session::pass_on() {
+    if (out.size() >= 64 * 1024) print_out();
+}
+
+void Session::print_out() {
+    if (std::fwrite(out.data(), 1, out.size(), stdout) != out.size()) throw ToolError("cannot write the output");
+    out.clear();
+}
+
+}  // namespace zanfe
+
 namespace {
 
 void print_trace(const zan::plat::TraceRecord& r) {
@@ -49,9 +62,8 @@ int run(int argc, char** argv) {
     for (const auto& c : commands())
         if (c.def.name == inv.command) c.run(session, inv);
 
-    if (std::fwrite(session.out.data(), 1, session.out.size(), stdout) != session.out.size() ||
-        std::fflush(stdout) != 0)
-        throw ToolError("cannot write the output");
+    session.print_out();
+    if (std::fflush(stdout) != 0) throw ToolError("cannot write the output");
     return 0;
 }
 

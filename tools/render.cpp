@@ -223,54 +223,61 @@ void cmd_get(Session& s, const Invocation& inv) {
     }
 }
 
+// Rows are rendered, printed and let go one at a time, so that a dump holds one row's
+// rendering whatever the size of the configuration.
 void cmd_dump(Session& s, const Invocation& inv) {
     if (!inv.args.empty())
         throw ToolError("'dump' takes no arguments (got '" + inv.args.front() + "')", k_exit_usage);
     const bool yang = rfc7951_format(inv);
     const zan::db::Store& store = s.rows();
-    std::vector<RenderedRow> rows;
-    std::vector<const zan::db::Row*> found;
+    // Each row is reached again through the dispatcher by its own path, then rendered.
+    const auto reached = [&](const zan::db::Row& row) {
+        const std::string path = row_path(row);
+        std::vector<PathSegment> segments;
+        try {
+            segments = parse_path(path);
+        } catch (const PathError& e) {
+            throw ToolError("row path '" + path + "': " + e.what());
+        }
+        Request req;
+        for (const auto& seg : segments) req.segments.push_back({seg.name, seg.keys});
+        req.kind = zan::engine::k_kind_read_row;
+        const Response r = s.engine.request(req);
+        if (r.code != 1) throw ToolError("row path '" + path + "' does not resolve: code " + std::to_string(r.code));
+        const auto w = zan::engine::walk(store, r.traversals);
+        if (w.error || w.rows.size() != 1 || w.rows.front() != &row)
+            throw ToolError("row path '" + path + "' does not lead back to its row");
+        return render(s, row, false);
+    };
+    if (yang) {
+        try {
+            zan::engine::rfc7951::document_of_all(
+                store, [&](const zan::db::Row& row) { return reached(row).items; }, s.out, [&] { s.pass_on(); });
+        } catch (const zan::engine::rfc7951::Error& e) {
+            throw ToolError(e.what());
+        }
+        return;
+    }
+    const bool json = inv.has("--json");
+    if (json) s.out += '{';
+    size_t printed = 0;
     for (const auto* table : zan::db::tables()) {
         for (const zan::db::Row* row : store.rows(*table)) {
-            const std::string path = row_path(*row);
-            // Each row is reached again through the dispatcher by its own path.
-            std::vector<PathSegment> segments;
-            try {
-                segments = parse_path(path);
-            } catch (const PathError& e) {
-                throw ToolError("row path '" + path + "': " + e.what());
+            const RenderedRow rendered = reached(*row);
+            if (json) {
+                s.out += printed ? ",\n  " : "\n  ";
+                append_json_string(s.out, rendered.path);
+                s.out += ": ";
+                append_json_row(s.out, rendered, false, "  ");
+            } else {
+                s.out += (printed ? "\n# " : "# ") + rendered.path + "\n";
+                append_text_row(s.out, rendered, false);
             }
-            Request req;
-            for (const auto& seg : segments) req.segments.push_back({seg.name, seg.keys});
-            req.kind = zan::engine::k_kind_read_row;
-            const Response r = s.engine.request(req);
-            if (r.code != 1) throw ToolError("row path '" + path + "' does not resolve: code " + std::to_string(r.code));
-            const auto w = zan::engine::walk(store, r.traversals);
-            if (w.error || w.rows.size() != 1 || w.rows.front() != row)
-                throw ToolError("row path '" + path + "' does not lead back to its row");
-            rows.push_back(render(s, *row, false));
-            found.push_back(row);
+            ++printed;
+            s.pass_on();
         }
     }
-    if (yang) {
-        s.out += rfc7951_document(s, store, rows, found);
-        return;
-    }
-    if (inv.has("--json")) {
-        s.out += '{';
-        for (size_t i = 0; i < rows.size(); ++i) {
-            s.out += i ? ",\n  " : "\n  ";
-            append_json_string(s.out, rows[i].path);
-            s.out += ": ";
-            append_json_row(s.out, rows[i], false, "  ");
-        }
-        s.out += rows.empty() ? "}\n" : "\n}\n";
-        return;
-    }
-    for (size_t i = 0; i < rows.size(); ++i) {
-        s.out += (i ? "\n# " : "# ") + rows[i].path + "\n";
-        append_text_row(s.out, rows[i], false);
-    }
+    if (json) s.out += printed ? "\n}\n" : "}\n";
 }
 
 }  // namespace zanfe

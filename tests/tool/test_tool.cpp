@@ -512,6 +512,47 @@ TEST(ToolDump, EveryRowByItsOwnPath) {
     }
 }
 
+// A dump many times the size of the blocks it is printed in: every row once, in the same
+// order in the text and JSON forms, and the RFC 7951 form one document with every entry
+// under its parent.
+TEST(ToolDump, ALargeConfigurationPrintsEveryRowOnceInEveryForm) {
+    constexpr size_t k_vrf_rows = 2000;
+    nlohmann::json vrfs = nlohmann::json::array();
+    for (size_t i = 0; i < k_vrf_rows; ++i)
+        vrfs.push_back({{"vrf_key_vrf_name", "v" + std::to_string(i)},
+                        {"children", {{"tbl_ci_vrf_afi_mode_eol", {{{"vrf_af_afi", 1 + i % 2}}}}}}});
+    TempFile cfg(nlohmann::json{{"tbl_ci_vrf_eol", vrfs}}.dump());
+
+    const auto j = parse_json(out_of({"--db", cfg.path, "dump", "--json"}));
+    ASSERT_TRUE(j.is_object());
+    EXPECT_EQ(j.size(), 2 * k_vrf_rows);
+    std::vector<std::string> json_paths;
+    size_t next_vrf = 0;
+    for (const auto& [path, row] : j.items()) {
+        json_paths.push_back(path);
+        if (path.find("/vrf_afi[") != std::string::npos) continue;
+        EXPECT_EQ(row["vrf_key_vrf_name"], "v" + std::to_string(next_vrf)) << path;
+        ++next_vrf;
+    }
+    EXPECT_EQ(next_vrf, k_vrf_rows);
+
+    std::vector<std::string> text_paths;
+    for (const auto& line : split_lines(out_of({"--db", cfg.path, "dump"})))
+        if (line.starts_with("# ")) text_paths.push_back(line.substr(2));
+    EXPECT_EQ(text_paths, json_paths);
+
+    const auto doc = parse_json(out_of({"--db", cfg.path, "dump", "--format", "rfc7951"}));
+    ASSERT_TRUE(doc.contains("zan-config:vrf"));
+    const auto& entries = doc["zan-config:vrf"];
+    ASSERT_EQ(entries.size(), k_vrf_rows);
+    for (size_t i = 0; i < k_vrf_rows; ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(entries[i]["vrf_key_vrf_name"], "v" + std::to_string(i));
+        ASSERT_EQ(entries[i]["vrf_afi"].size(), 1u);
+        EXPECT_EQ(entries[i]["vrf_afi"][0]["vrf_af_afi"], 1 + i % 2);
+    }
+}
+
 // The built-in configuration: every row renders, and the text form has one header per row.
 // A tool path without its keys and its leading '/' ("/a[k='x/]']/b" gives "a/b").
 std::string without_keys(const std::string& path) {

@@ -48,4 +48,13 @@ using RenderFn = std::function<std::vector<plat::NamedValue>(const db::Row&)>;
 // were added. Throws Error (one line) for a row or an attribute the module has no place for.
 std::string document(const db::Store& store, const Rendered& rows, const RenderFn& render_ancestor);
 
+// The document of every row of the store, each rendered by `render` when it is reached,
+// appended to `out` as it is written: `row_done` is called after each row's attributes and
+// at the end, and may take the text written so far out of `out` (print it and clear it), so
+// that what is held at a time is one row's rendering and the lists on the path down to it.
+// Throws Error as document() does; a nesting the module has no place for is found before
+// anything is written.
+void document_of_all(const db::Store& store, const RenderFn& render, std::string& out,
+                     const std::function<void()>& row_done);
+
 }  // namespace zan::engine::rfc7951
