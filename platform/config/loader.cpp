@@ -480,17 +480,27 @@ private:
     }
 
     // Every row names its key, and no two rows of a table under the same parent share it.
-    void check_key(const TableInfo& table, const db::Row& row, const db::Row* parent,
-                   const std::vector<std::string_view>& given,
-                   const Place& at) {
+    static std::vector<std::string_view> key_names(const TableInfo& table) {
         std::vector<std::string_view> names;
         if (table.key_kind == db::KeyKind::compound)
             for (const FieldInfo* p : table.key_parts) names.emplace_back(p->name);
         else
             names.emplace_back(table.key_name);
+        return names;
+    }
+
+    static void has_key_attributes(const std::vector<std::string_view>& names, const std::vector<std::string_view>& given,
+                                   const Place& at) {
         for (const std::string_view n : names)
             if (std::find(given.begin(), given.end(), n) == given.end())
                 fault(at, "row has no key attribute \"" + std::string(n) + "\"");
+    }
+
+    void check_key(const TableInfo& table, const db::Row& row, const db::Row* parent,
+                   const std::vector<std::string_view>& given,
+                   const Place& at) {
+        const std::vector<std::string_view> names = key_names(table);
+        has_key_attributes(names, given, at);
         if (!first_with_key(table, row, parent, db::row_key(row))) {
             std::string key;
             const db::Record* rec = nullptr;
@@ -727,7 +737,12 @@ public:
             const TableInfo& table = *l.pos->table;
             if (!l.state.is_null()) loader_.set_states(table, *l.row, l.state, {});
             given_.assign(l.names.begin(), l.names.begin() + long(l.given));
-            loader_.check_key(table, *l.row, l.parent, given_, {});
+            if (l.pos->table != keys_of_) {
+                keys_of_ = l.pos->table;
+                key_names_ = Loader::key_names(table);
+            }
+            Loader::has_key_attributes(key_names_, given_, {});
+            keys_.push_back(Keyed{Loader::key_hash(table, l.parent, db::row_key(*l.row)), l.row});
         }
         --depth_;
         return true;
@@ -743,6 +758,23 @@ public:
     template <class Exception>
     bool parse_error(size_t, const std::string&, const Exception&) {
         throw Unstreamed{};
+    }
+
+    // Whether no two rows of a table under the same parent share a key: the rows' key
+    // hashes are sorted once the text is read, and rows compared only where hashes meet
+    // (the document loader checks each row as it comes, in a table of all rows so far,
+    // which at many rows is a cache miss a row).
+    bool keys_unique() {
+        std::sort(keys_.begin(), keys_.end(), [](const Keyed& a, const Keyed& b) { return a.hash < b.hash; });
+        for (size_t i = 0; i < keys_.size(); ++i)
+            for (size_t j = i + 1; j < keys_.size() && keys_[j].hash == keys_[i].hash; ++j) {
+                const db::Row& a = *keys_[i].row;
+                const db::Row& b = *keys_[j].row;
+                if (&db::table_of(a) == &db::table_of(b) && db::parent_of(a) == db::parent_of(b) &&
+                    db::row_key(a) == db::row_key(b))
+                    return false;
+            }
+        return true;
     }
 
 private:
@@ -763,6 +795,13 @@ private:
     std::vector<Level> levels_;
     size_t depth_ = 0;
     std::vector<std::string_view> given_;
+    const TableInfo* keys_of_ = nullptr;   // the table key_names_ names the key of
+    std::vector<std::string_view> key_names_;
+    struct Keyed {
+        uint64_t hash;
+        const db::Row* row;
+    };
+    std::vector<Keyed> keys_;
     // A value of an array or object under construction, and the depth it is at.
     json captured_;
     std::optional<nlohmann::detail::json_sax_dom_parser<json>> tree_;
@@ -852,10 +891,10 @@ bool stream(std::string_view text, Loader& loader) {
     Streamer streamer(loader);
     try {
         json::sax_parse(text.begin(), text.end(), &streamer, nlohmann::detail::input_format_t::json, true, true);
+        return streamer.keys_unique();
     } catch (...) {
         return false;
     }
-    return true;
 }
 
 json parse(std::string_view text) {
