@@ -915,25 +915,78 @@ std::vector<uint8_t> row_key(const Row& row) {
 
 namespace {
 
-// A stored key, and the same behind the 8 bytes of a parent row's address. The equality
-// counts its calls, as row_key counts the keys it makes: what a lookup compares is
-// observable (LiveCounts::key_compares).
-struct KeyEqual {
-    bool operator()(const std::string& a, const std::string& b) const {
-        counters().key_compares.fetch_add(1, std::memory_order_relaxed);
-        return a == b;
+uint64_t mix(uint64_t h) {
+    h ^= h >> 33;
+    h *= 0xff51afd7ed558ccdull;
+    h ^= h >> 33;
+    return h;
+}
+
+uint64_t key_hash(std::span<const uint8_t> key) {
+    return mix(std::hash<std::string_view>{}(std::string_view(reinterpret_cast<const char*>(key.data()), key.size())));
+}
+
+uint64_t key_hash(const Row* parent, std::span<const uint8_t> key) {
+    return mix(key_hash(key) ^ (reinterpret_cast<uintptr_t>(parent) * 0x9e3779b97f4a7c15ull));
+}
+
+// Rows by stored key (and parent): open addressing over a flat array of the keys' hashes and
+// the first row with the key; the rows that share a key follow each other through `next`, in
+// the order they were added. A lookup compares the stored key of the first row of a bucket
+// whose hash is the one looked for (row_key counts it): in practice one.
+struct KeyIndex {
+    struct Bucket {
+        uint64_t hash = 0;
+        uint32_t first = 0;   // place of the row + 1; 0: empty
+    };
+    std::vector<Bucket> buckets;
+    std::vector<uint32_t> next;   // by place: place + 1 of the next row with the same key, 0: none
+
+    void build(std::span<Row* const> rows, bool with_parent) {
+        size_t n = 16;
+        while (n < 2 * rows.size()) n *= 2;
+        buckets.assign(n, Bucket{});
+        next.assign(rows.size(), 0);
+        // The keys while building; the index keeps hashes and places only.
+        std::vector<std::vector<uint8_t>> keys(rows.size());
+        for (size_t i = rows.size(); i-- > 0;) {
+            const Row* r = rows[i];
+            keys[i] = row_key(*r);
+            const uint64_t h = with_parent ? key_hash(r->parent, keys[i]) : key_hash(keys[i]);
+            for (size_t b = h & (n - 1);; b = (b + 1) & (n - 1)) {
+                Bucket& at = buckets[b];
+                if (at.first == 0) {
+                    at = Bucket{h, uint32_t(i + 1)};
+                    break;
+                }
+                const size_t f = at.first - 1;
+                if (at.hash == h && keys[f] == keys[i] && (!with_parent || rows[f]->parent == r->parent)) {
+                    next[i] = at.first;   // rows are taken last to first: this one goes before
+                    at.first = uint32_t(i + 1);
+                    break;
+                }
+            }
+        }
+    }
+
+    std::vector<const Row*> find(std::span<Row* const> rows, const Row* parent, std::span<const uint8_t> key,
+                                 bool with_parent) const {
+        std::vector<const Row*> out;
+        if (buckets.empty()) return out;
+        const uint64_t h = with_parent ? key_hash(parent, key) : key_hash(key);
+        const size_t n = buckets.size();
+        for (size_t b = h & (n - 1); buckets[b].first; b = (b + 1) & (n - 1)) {
+            if (buckets[b].hash != h) continue;
+            const Row* first = rows[buckets[b].first - 1];
+            if (with_parent && first->parent != parent) continue;
+            const std::vector<uint8_t> stored = row_key(*first);
+            if (!std::equal(stored.begin(), stored.end(), key.begin(), key.end())) continue;
+            for (uint32_t at = buckets[b].first; at; at = next[at - 1]) out.push_back(rows[at - 1]);
+            break;
+        }
+        return out;
     }
 };
-using KeyMap = std::unordered_map<std::string, std::vector<const Row*>, std::hash<std::string>, KeyEqual>;
-
-std::string key_text(std::span<const uint8_t> key) { return std::string(key.begin(), key.end()); }
-
-std::string key_text(const Row* parent, std::span<const uint8_t> key) {
-    std::string out(sizeof parent + key.size(), '\0');
-    std::memcpy(out.data(), &parent, sizeof parent);
-    if (!key.empty()) std::memcpy(out.data() + sizeof parent, key.data(), key.size());
-    return out;
-}
 
 // The indexes of one table's rows: by key, by parent and key, by parent, each made on its
 // first use (a table walked only from its parents never needs the first). Each list is in
@@ -943,7 +996,7 @@ struct TableIndex {
     uint64_t epoch = 0;
     size_t rows = 0;
     bool made[3] = {};
-    KeyMap keys[2];   // by_key, by_parent_key
+    KeyIndex keys[2];   // by_key, by_parent_key
     std::unordered_map<const Row*, std::vector<const Row*>> children;
 };
 
@@ -983,12 +1036,7 @@ struct Store::Impl {
             for (const Row* r : it->second) x.children[r->parent].push_back(r);
             return x;
         }
-        KeyMap& keys = x.keys[kind];
-        keys.reserve(n);
-        for (const Row* r : it->second) {
-            const std::vector<uint8_t> key = row_key(*r);
-            keys[kind == by_key ? key_text(key) : key_text(r->parent, key)].push_back(r);
-        }
+        x.keys[kind].build(it->second, kind == by_parent_key);
         return x;
     }
 };
@@ -1036,17 +1084,13 @@ std::vector<const Row*> Store::children(const TableInfo& table, const Row* paren
 
 std::vector<const Row*> Store::with_key(const TableInfo& table, std::span<const uint8_t> key) const {
     std::lock_guard<std::mutex> hold(impl_->index_lock);
-    const KeyMap& keys = impl_->index(table, by_key).keys[by_key];
-    auto it = keys.find(key_text(key));
-    return it == keys.end() ? std::vector<const Row*>{} : it->second;
+    return impl_->index(table, by_key).keys[by_key].find(rows(table), nullptr, key, false);
 }
 
 std::vector<const Row*> Store::with_key_under(const TableInfo& table, const Row* parent,
                                                   std::span<const uint8_t> key) const {
     std::lock_guard<std::mutex> hold(impl_->index_lock);
-    const KeyMap& keys = impl_->index(table, by_parent_key).keys[by_parent_key];
-    auto it = keys.find(key_text(parent, key));
-    return it == keys.end() ? std::vector<const Row*>{} : it->second;
+    return impl_->index(table, by_parent_key).keys[by_parent_key].find(rows(table), parent, key, true);
 }
 
 size_t Store::size() const { return impl_->rows.size(); }

@@ -40,6 +40,36 @@ private:
     size_t block_ = 4096;
 };
 
+// A vector made on its first change: one pointer while empty, as most of a record's arrays
+// and sequences stay.
+template <class T>
+class Lazy {
+public:
+    using iterator = typename std::vector<T>::iterator;
+    using const_iterator = typename std::vector<T>::const_iterator;
+    size_t size() const { return v_ ? v_->size() : 0; }
+    bool empty() const { return !v_ || v_->empty(); }
+    T& operator[](size_t i) { return (*v_)[i]; }
+    const T& operator[](size_t i) const { return (*v_)[i]; }
+    T& front() { return v_->front(); }
+    const T& front() const { return v_->front(); }
+    T& back() { return v_->back(); }
+    iterator begin() { return v_ ? v_->begin() : iterator{}; }
+    iterator end() { return v_ ? v_->end() : iterator{}; }
+    const_iterator begin() const { return v_ ? v_->cbegin() : const_iterator{}; }
+    const_iterator end() const { return v_ ? v_->cend() : const_iterator{}; }
+    void resize(size_t n) { made().resize(n); }
+    void assign(size_t n, const T& v) { made().assign(n, v); }
+    void push_back(T&& v) { made().push_back(std::move(v)); }
+
+private:
+    std::unique_ptr<std::vector<T>> v_;
+    std::vector<T>& made() {
+        if (!v_) v_ = std::make_unique<std::vector<T>>();
+        return *v_;
+    }
+};
+
 // The storage of one field of a record instance, made on the first write into the field.
 // `cell` holds a leaf, enumeration or flag value, the characters of a character array, and
 // the state flag of every kind of field.
@@ -47,8 +77,8 @@ struct Slot {
     Cell cell;
     RecordPtr nested;                // nested record (union arms included), owned; made on the first
                                      // write into it, until then the blank of its type stands for it
-    std::vector<Cell> elements;      // fixed and counted arrays
-    std::vector<RecordPtr> sequence; // sequence elements, owned
+    Lazy<Cell> elements;             // fixed and counted arrays
+    Lazy<RecordPtr> sequence;        // sequence elements, owned
     uint32_t count = 0;              // count of a counted array, length of a character array
 };
 
