@@ -202,7 +202,7 @@ Counters& counters() {
 // ---------------------------------------------------------------- records
 
 void Arena::grow(size_t bytes) {
-    if (block_ < (size_t(1) << 20)) block_ *= 2;
+    if (block_ < (size_t(256) << 10)) block_ *= 2;   // up to 256 kB: little left unused at the end
     const size_t n = std::max(block_, bytes);
     blocks_.emplace_back(new char[n]);
     next_ = blocks_.back().get();
@@ -944,7 +944,7 @@ struct KeyIndex {
 
     void build(std::span<Row* const> rows, bool with_parent) {
         size_t n = 16;
-        while (n < 2 * rows.size()) n *= 2;
+        while (4 * n < 5 * rows.size()) n *= 2;   // at most four in five buckets taken
         buckets.assign(n, Bucket{});
         next.assign(rows.size(), 0);
         // The keys while building; the index keeps hashes and places only.
