@@ -126,6 +126,8 @@ std::string names_of(const TypeInfo& t) {
     return out;
 }
 
+class Streamer;
+
 class Loader {
 public:
     explicit Loader(db::Store& store) : store_(store) {}
@@ -135,31 +137,75 @@ public:
         for (const auto& [name, rows] : doc.items()) {
             const Place at = Place{} + name;
             if (name == "@default_variant") {
-                if (!rows.is_number_integer()) fault(at, "expected an integer, got " + got(rows));
-                if (rows.is_number_unsigned() ? rows.get<uint64_t>() > uint64_t(std::numeric_limits<int32_t>::max())
-                                              : rows.get<int64_t>() < std::numeric_limits<int32_t>::min())
-                    fault(at, rows.dump() + " is out of range for a variant");
-                default_variant = static_cast<int32_t>(rows.get<int64_t>());
+                set_default_variant(rows, at);
                 continue;
             }
             if (name == "@records") {
                 records(rows, at);
                 continue;
             }
-            const TableInfo* pos = db::table_info(name);
-            if (!pos || !name.starts_with("tbl_")) fault(at, "unknown table");
-            const TableInfo* top = nullptr;
-            for (const TableInfo* p : db::positions())
-                if (p->table == pos->table && (!p->parent || p->parent->table == p->table)) top = p;
-            if (!top) fault(at, std::string(pos->table->name) + " is no top-level table; its rows go under \"children\" of a " +
-                                    parents_of(*pos->table) + " row");
-            table_rows(*top, rows, nullptr, at);
+            table_rows(top_table(name, at), rows, nullptr, at);
         }
     }
 
     std::optional<int32_t> default_variant;   // "@default_variant" at the top level
 
 private:
+    friend class Streamer;
+
+    void set_default_variant(const json& v, const Place& at) {
+        if (!v.is_number_integer()) fault(at, "expected an integer, got " + got(v));
+        if (v.is_number_unsigned() ? v.get<uint64_t>() > uint64_t(std::numeric_limits<int32_t>::max())
+                                   : v.get<int64_t>() < std::numeric_limits<int32_t>::min())
+            fault(at, v.dump() + " is out of range for a variant");
+        default_variant = static_cast<int32_t>(v.get<int64_t>());
+    }
+
+    // The position of a table named at the top level.
+    const TableInfo& top_table(std::string_view name, const Place& at) const {
+        const TableInfo* pos = db::table_info(name);
+        if (!pos || !name.starts_with("tbl_")) fault(at, "unknown table");
+        const TableInfo* top = nullptr;
+        for (const TableInfo* p : db::positions())
+            if (p->table == pos->table && (!p->parent || p->parent->table == p->table)) top = p;
+        if (!top) fault(at, std::string(pos->table->name) + " is no top-level table; its rows go under \"children\" of a " +
+                                parents_of(*pos->table) + " row");
+        return *top;
+    }
+
+    // The position of a table named under "children" of a row of `table`.
+    const TableInfo& child_table(const TableInfo& table, std::string_view name, const Place& at) const {
+        const TableInfo* child = db::table_info(name);
+        if (!child || !name.starts_with("tbl_")) fault(at, "unknown table");
+        const TableInfo* under = nullptr;
+        for (const TableInfo* p : db::positions())
+            if (p->table == child->table && p->parent && p->parent->table == &table) under = p;
+        if (!under) {
+            std::string parents = parents_of(*child->table);
+            fault(at, std::string(child->table->name) + " is no child of " + std::string(table.name) +
+                          (parents.empty() ? "; its rows stand at the top level" : "; its parent is " + parents));
+        }
+        return *under;
+    }
+
+    static void set_row_variant(const TableInfo& table, db::Row& row, const json& value, const Place& at) {
+        if (!value.is_number_integer() || value.get<int64_t>() < INT32_MIN || value.get<int64_t>() > INT32_MAX)
+            fault(at, "expected a 32-bit integer, got " + got(value));
+        for (size_t r = 0; r < table.rows.size(); ++r)
+            if (db::Record* rec = db::row_record(row, r)) db::set_variant(*rec, int32_t(value.get<int64_t>()), true);
+    }
+
+    void set_states(const TableInfo& table, db::Row& row, const json& state, const Place& at) {
+        for (const auto& [name, flag] : state.items()) {
+            const Place states = at + "@state";
+            const Place fat = states + name;
+            auto [rec, field] = row_attribute(table, row, name, fat);
+            if (!flag.is_number_integer() || flag.get<int64_t>() < 0 || flag.get<int64_t>() > 255)
+                fault(fat, "expected a state flag 0 to 255, got " + got(flag));
+            db::set_state(*rec, name, uint8_t(flag.get<int64_t>()));
+        }
+    }
+
     db::Store& store_;
     // Rows added so far, by a hash of their table, parent and key: open addressing over a
     // flat array, so that the check of a row touches one slot and not a node of its own
@@ -253,42 +299,20 @@ private:
                 if (!value.is_object()) fault(at + name, "expected an object of state flags, got " + got(value));
                 state = &value;
             } else if (name == "@variant") {
-                if (!value.is_number_integer() || value.get<int64_t>() < INT32_MIN || value.get<int64_t>() > INT32_MAX)
-                    fault(at + name, "expected a 32-bit integer, got " + got(value));
-                for (size_t r = 0; r < table.rows.size(); ++r)
-                    if (db::Record* rec = db::row_record(row, r)) db::set_variant(*rec, int32_t(value.get<int64_t>()), true);
+                set_row_variant(table, row, value, at + name);
             } else {
                 auto [rec, field] = row_attribute(table, row, name, at + name);
                 set_value(*rec, name, *field, value, at + name);
                 given.push_back(name);
             }
         }
-        if (state) {
-            for (const auto& [name, flag] : state->items()) {
-                const Place states = at + "@state";
-                const Place fat = states + name;
-                auto [rec, field] = row_attribute(table, row, name, fat);
-                if (!flag.is_number_integer() || flag.get<int64_t>() < 0 || flag.get<int64_t>() > 255)
-                    fault(fat, "expected a state flag 0 to 255, got " + got(flag));
-                db::set_state(*rec, name, uint8_t(flag.get<int64_t>()));
-            }
-        }
+        if (state) set_states(table, row, *state, at);
         check_key(table, row, parent, given, at);
         if (children) {
             for (const auto& [name, rows] : children->items()) {
                 const Place under_children = at + "children";
                 const Place cat = under_children + name;
-                const TableInfo* child = db::table_info(name);
-                if (!child || !name.starts_with("tbl_")) fault(cat, "unknown table");
-                const TableInfo* under = nullptr;
-                for (const TableInfo* p : db::positions())
-                    if (p->table == child->table && p->parent && p->parent->table == &table) under = p;
-                if (!under) {
-                    std::string parents = parents_of(*child->table);
-                    fault(cat, std::string(child->table->name) + " is no child of " + std::string(table.name) +
-                                   (parents.empty() ? "; its rows stand at the top level" : "; its parent is " + parents));
-                }
-                table_rows(*under, rows, &row, cat);
+                table_rows(child_table(table, name, cat), rows, &row, cat);
             }
         }
     }
@@ -456,17 +480,27 @@ private:
     }
 
     // Every row names its key, and no two rows of a table under the same parent share it.
-    void check_key(const TableInfo& table, const db::Row& row, const db::Row* parent,
-                   const std::vector<std::string_view>& given,
-                   const Place& at) {
+    static std::vector<std::string_view> key_names(const TableInfo& table) {
         std::vector<std::string_view> names;
         if (table.key_kind == db::KeyKind::compound)
             for (const FieldInfo* p : table.key_parts) names.emplace_back(p->name);
         else
             names.emplace_back(table.key_name);
+        return names;
+    }
+
+    static void has_key_attributes(const std::vector<std::string_view>& names, const std::vector<std::string_view>& given,
+                                   const Place& at) {
         for (const std::string_view n : names)
             if (std::find(given.begin(), given.end(), n) == given.end())
                 fault(at, "row has no key attribute \"" + std::string(n) + "\"");
+    }
+
+    void check_key(const TableInfo& table, const db::Row& row, const db::Row* parent,
+                   const std::vector<std::string_view>& given,
+                   const Place& at) {
+        const std::vector<std::string_view> names = key_names(table);
+        has_key_attributes(names, given, at);
         if (!first_with_key(table, row, parent, db::row_key(row))) {
             std::string key;
             const db::Record* rec = nullptr;
@@ -481,30 +515,22 @@ private:
     }
 };
 
-// Builds the document through the library's SAX interface (its tree builder behind it), with
-// comments allowed, and refuses a member name repeated within one object (which the tree
-// would silently collapse), naming its place. The tree builder with a callback instead
-// rescans every array it fills, which makes a long array cost the square of its length.
-class Reader {
+// The members of the open arrays and objects, as the SAX events name them: refuses a member
+// name repeated within one object (which the tree would silently collapse), naming its place.
+// Frames are kept when they close and reused by the next one at their depth, with their
+// strings' storage: a row's object costs no allocation here. An object's first names are
+// compared one by one; beyond a few, a set takes over.
+class Members {
 public:
-    explicit Reader(json& doc) : dom_(doc, true) {}
-
-    bool null() { return value(dom_.null()); }
-    bool boolean(bool v) { return value(dom_.boolean(v)); }
-    bool number_integer(json::number_integer_t v) { return value(dom_.number_integer(v)); }
-    bool number_unsigned(json::number_unsigned_t v) { return value(dom_.number_unsigned(v)); }
-    bool number_float(json::number_float_t v, const json::string_t& text) { return value(dom_.number_float(v, text)); }
-    bool string(json::string_t& v) { return value(dom_.string(v)); }
-    bool binary(json::binary_t& v) { return value(dom_.binary(v)); }
-    bool start_object(size_t n) {
-        open(false);
-        return dom_.start_object(n);
+    void open(bool array) {
+        if (depth_ == frames_.size()) frames_.emplace_back();
+        Frame& f = frames_[depth_++];
+        f.array = array;
+        f.index = 0;
+        if (f.count > k_few) f.many.clear();
+        f.count = 0;
     }
-    bool start_array(size_t n) {
-        open(true);
-        return dom_.start_array(n);
-    }
-    bool key(json::string_t& k) {
+    void key(const std::string& k) {
         Frame& f = frames_[depth_ - 1];
         if (f.count < k_few) {
             for (size_t i = 0; i < f.count; ++i)
@@ -518,6 +544,64 @@ public:
             f.keys[k_few].assign(k);
         }
         ++f.count;
+    }
+    void value() {
+        if (depth_ && frames_[depth_ - 1].array) ++frames_[depth_ - 1].index;
+    }
+    void closed() {
+        --depth_;
+        value();
+    }
+
+private:
+    static constexpr size_t k_few = 16;
+    struct Frame {
+        bool array = false;
+        size_t index = 0;                  // of an array: the elements closed so far
+        size_t count = 0;                  // of an object: its members so far
+        std::vector<std::string> keys;     // its first k_few names, then its last
+        std::unordered_set<std::string> many;
+    };
+    std::vector<Frame> frames_;
+    size_t depth_ = 0;
+
+    const std::string& last_key(const Frame& f) const { return f.keys[f.count <= k_few ? f.count - 1 : k_few]; }
+    Steps place(const std::string& last) const {
+        Steps p;
+        for (size_t d = 0; d < depth_; ++d) {
+            const Frame& f = frames_[d];
+            if (f.array) p.push_back(f.index);
+            else if (d + 1 != depth_) p.push_back(last_key(f));
+        }
+        p.push_back(last);
+        return p;
+    }
+};
+
+// Builds the document through the library's SAX interface (its tree builder behind it), with
+// comments allowed, refusing repeated members. The tree builder with a callback instead
+// rescans every array it fills, which makes a long array cost the square of its length.
+class Reader {
+public:
+    explicit Reader(json& doc) : dom_(doc, true) {}
+
+    bool null() { return value(dom_.null()); }
+    bool boolean(bool v) { return value(dom_.boolean(v)); }
+    bool number_integer(json::number_integer_t v) { return value(dom_.number_integer(v)); }
+    bool number_unsigned(json::number_unsigned_t v) { return value(dom_.number_unsigned(v)); }
+    bool number_float(json::number_float_t v, const json::string_t& text) { return value(dom_.number_float(v, text)); }
+    bool string(json::string_t& v) { return value(dom_.string(v)); }
+    bool binary(json::binary_t& v) { return value(dom_.binary(v)); }
+    bool start_object(size_t n) {
+        members_.open(false);
+        return dom_.start_object(n);
+    }
+    bool start_array(size_t n) {
+        members_.open(true);
+        return dom_.start_array(n);
+    }
+    bool key(json::string_t& k) {
+        members_.key(k);
         return dom_.key(k);
     }
     bool end_object() { return closed(dom_.end_object()); }
@@ -529,50 +613,289 @@ public:
     }
 
 private:
-    // An open array or object. Frames are kept when they close and reused by the next one
-    // at their depth, with their strings' storage: a row's object costs no allocation here.
-    // An object's first names are compared one by one; beyond a few, a set takes over.
-    static constexpr size_t k_few = 16;
-    struct Frame {
-        bool array = false;
-        size_t index = 0;                  // of an array: the elements closed so far
-        size_t count = 0;                  // of an object: its members so far
-        std::vector<std::string> keys;     // its first k_few names, then its last
-        std::unordered_set<std::string> many;
-    };
     nlohmann::detail::json_sax_dom_parser<json> dom_;
-    std::vector<Frame> frames_;
-    size_t depth_ = 0;
+    Members members_;
 
-    void open(bool array) {
-        if (depth_ == frames_.size()) frames_.emplace_back();
-        Frame& f = frames_[depth_++];
-        f.array = array;
-        f.index = 0;
-        if (f.count > k_few) f.many.clear();
-        f.count = 0;
-    }
-    const std::string& last_key(const Frame& f) const { return f.keys[f.count <= k_few ? f.count - 1 : k_few]; }
-
-    Steps place(const std::string& last) const {
-        Steps p;
-        for (size_t d = 0; d < depth_; ++d) {
-            const Frame& f = frames_[d];
-            if (f.array) p.push_back(f.index);
-            else if (d + 1 != depth_) p.push_back(last_key(f));
-        }
-        p.push_back(last);
-        return p;
-    }
     bool value(bool ok) {
-        if (depth_ && frames_[depth_ - 1].array) ++frames_[depth_ - 1].index;
+        members_.value();
         return ok;
     }
     bool closed(bool ok) {
-        --depth_;
-        return value(ok);
+        members_.closed();
+        return ok;
     }
 };
+
+// What the rows loader leaves to the document loader: anything it does not load, a fault
+// of any kind (the document loader names it), and instance data.
+struct Unstreamed {};
+
+// Loads the rows straight from the SAX events, without a tree of the document: a row is
+// added when its object opens, each attribute set when its value closes (values that are
+// arrays or objects are built as small trees of their own), its state flags and key checked
+// when it closes. The rows, their order and every value come out as the document loader
+// makes them. It does not name faults: at the first one it stops (Unstreamed), and the
+// caller loads the text again through the document, which names it.
+class Streamer {
+public:
+    explicit Streamer(Loader& loader) : loader_(loader) {}
+
+    bool null() { return scalar(json(nullptr)); }
+    bool boolean(bool v) { return scalar(json(v)); }
+    bool number_integer(json::number_integer_t v) { return scalar(json(v)); }
+    bool number_unsigned(json::number_unsigned_t v) { return scalar(json(v)); }
+    bool number_float(json::number_float_t v, const json::string_t& text) {
+        if (capturing()) return forward(tree_->number_float(v, text));
+        return scalar(json(v));
+    }
+    bool string(json::string_t& v) {
+        if (capturing()) return forward(tree_->string(v));
+        return scalar(json(std::move(v)));
+    }
+    bool binary(json::binary_t&) { throw Unstreamed{}; }
+
+    bool start_object(size_t n) {
+        members_.open(false);
+        if (capturing()) return open(tree_->start_object(n));
+        if (depth_ == 0) {
+            push(Level::at_top);
+            return true;
+        }
+        Level& l = top();
+        switch (l.kind) {
+            case Level::at_top:
+                if (l.key == "@records" || l.key == "@default_variant") return capture(n, false);
+                throw Unstreamed{};   // a table's rows are an array
+            case Level::rows: {
+                const TableInfo& pos = *l.pos;
+                const db::Row* parent = l.parent;
+                db::Row& row = loader_.store_.add(pos.table->name, parent);
+                Level& r = push(Level::row_object);
+                r.pos = &pos;
+                r.parent = parent;
+                r.row = &row;
+                r.given = 0;
+                r.state = json();
+                return true;
+            }
+            case Level::row_object:
+                if (l.key == "children") {
+                    db::Row* row = l.row;
+                    push(Level::children).row = row;
+                    return true;
+                }
+                return capture(n, false);
+            case Level::children: throw Unstreamed{};
+        }
+        return true;
+    }
+
+    bool start_array(size_t n) {
+        members_.open(true);
+        if (capturing()) return open(tree_->start_array(n));
+        if (depth_ == 0) throw Unstreamed{};
+        Level& l = top();
+        switch (l.kind) {
+            case Level::at_top: {
+                if (l.key == "@records" || l.key == "@default_variant") return capture(n, true);
+                const TableInfo& pos = loader_.top_table(l.key, {});
+                Level& r = push(Level::rows);
+                r.pos = &pos;
+                r.parent = nullptr;
+                return true;
+            }
+            case Level::children: {
+                const TableInfo& pos = loader_.child_table(db::table_of(*l.row), l.key, {});
+                db::Row* parent = l.row;
+                Level& r = push(Level::rows);
+                r.pos = &pos;
+                r.parent = parent;
+                return true;
+            }
+            case Level::row_object:
+                if (l.key == "children" || l.key == "@state") throw Unstreamed{};
+                return capture(n, true);
+            case Level::rows: throw Unstreamed{};
+        }
+        return true;
+    }
+
+    bool key(json::string_t& k) {
+        members_.key(k);
+        if (capturing()) return tree_->key(k);
+        Level& l = top();
+        if (l.kind == Level::at_top && k.find(':') != std::string::npos) throw Unstreamed{};   // instance data
+        l.key.assign(k);
+        return true;
+    }
+
+    bool end_object() {
+        if (capturing()) return close(tree_->end_object());
+        members_.closed();
+        Level& l = top();
+        if (l.kind == Level::row_object) {
+            const TableInfo& table = *l.pos->table;
+            if (!l.state.is_null()) loader_.set_states(table, *l.row, l.state, {});
+            given_.assign(l.names.begin(), l.names.begin() + long(l.given));
+            if (l.pos->table != keys_of_) {
+                keys_of_ = l.pos->table;
+                key_names_ = Loader::key_names(table);
+            }
+            Loader::has_key_attributes(key_names_, given_, {});
+            keys_.push_back(Keyed{Loader::key_hash(table, l.parent, db::row_key(*l.row)), l.row});
+        }
+        --depth_;
+        return true;
+    }
+
+    bool end_array() {
+        if (capturing()) return close(tree_->end_array());
+        members_.closed();
+        --depth_;
+        return true;
+    }
+
+    template <class Exception>
+    bool parse_error(size_t, const std::string&, const Exception&) {
+        throw Unstreamed{};
+    }
+
+    // Whether no two rows of a table under the same parent share a key: the rows' key
+    // hashes are sorted once the text is read, and rows compared only where hashes meet
+    // (the document loader checks each row as it comes, in a table of all rows so far,
+    // which at many rows is a cache miss a row).
+    bool keys_unique() {
+        std::sort(keys_.begin(), keys_.end(), [](const Keyed& a, const Keyed& b) { return a.hash < b.hash; });
+        for (size_t i = 0; i < keys_.size(); ++i)
+            for (size_t j = i + 1; j < keys_.size() && keys_[j].hash == keys_[i].hash; ++j) {
+                const db::Row& a = *keys_[i].row;
+                const db::Row& b = *keys_[j].row;
+                if (&db::table_of(a) == &db::table_of(b) && db::parent_of(a) == db::parent_of(b) &&
+                    db::row_key(a) == db::row_key(b))
+                    return false;
+            }
+        return true;
+    }
+
+private:
+    // An open object or array that rows are loaded from.
+    struct Level {
+        enum Kind { at_top, rows, row_object, children } kind = at_top;
+        std::string key;                   // of an object: its member open now
+        const TableInfo* pos = nullptr;    // rows, row: the table's position
+        const db::Row* parent = nullptr;   // rows, row: the parent row
+        db::Row* row = nullptr;            // row, children
+        std::vector<std::string> names;    // row: its attribute names given so far (storage reused)
+        size_t given = 0;
+        json state;                        // row: its "@state", set when it closes
+    };
+    Loader& loader_;
+    Members members_;
+    // Levels are kept when they close and reused by the next one at their depth.
+    std::vector<Level> levels_;
+    size_t depth_ = 0;
+    std::vector<std::string_view> given_;
+    const TableInfo* keys_of_ = nullptr;   // the table key_names_ names the key of
+    std::vector<std::string_view> key_names_;
+    struct Keyed {
+        uint64_t hash;
+        const db::Row* row;
+    };
+    std::vector<Keyed> keys_;
+    // A value of an array or object under construction, and the depth it is at.
+    json captured_;
+    std::optional<nlohmann::detail::json_sax_dom_parser<json>> tree_;
+    size_t capture_depth_ = 0;
+
+    bool capturing() const { return capture_depth_ > 0; }
+
+    Level& top() { return levels_[depth_ - 1]; }
+    Level& push(Level::Kind kind) {
+        if (depth_ == levels_.size()) levels_.emplace_back();
+        Level& l = levels_[depth_++];
+        l.kind = kind;
+        return l;
+    }
+
+    bool capture(size_t n, bool array) {
+        captured_ = json();
+        tree_.emplace(captured_, true);
+        capture_depth_ = 1;
+        return array ? tree_->start_array(n) : tree_->start_object(n);
+    }
+    bool open(bool ok) {
+        ++capture_depth_;
+        return ok;
+    }
+    bool forward(bool ok) {
+        members_.value();
+        return ok;
+    }
+    bool close(bool ok) {
+        members_.closed();
+        if (--capture_depth_ == 0) {
+            tree_.reset();
+            json v = std::move(captured_);
+            value(v);
+        }
+        return ok;
+    }
+
+    bool scalar(json v) {
+        if (capturing()) {
+            // The tree builder takes the value as it is.
+            members_.value();
+            if (v.is_null()) return tree_->null();
+            if (v.is_boolean()) return tree_->boolean(v.get<bool>());
+            if (v.is_number_unsigned()) return tree_->number_unsigned(v.get<json::number_unsigned_t>());
+            return tree_->number_integer(v.get<json::number_integer_t>());
+        }
+        members_.value();
+        if (depth_ == 0) throw Unstreamed{};
+        value(v);
+        return true;
+    }
+
+    // A value closed directly under the level open now.
+    void value(const json& v) {
+        Level& l = top();
+        switch (l.kind) {
+            case Level::at_top:
+                if (l.key == "@default_variant") return loader_.set_default_variant(v, {});
+                if (l.key == "@records") return loader_.records(v, {});
+                throw Unstreamed{};
+            case Level::row_object: {
+                const TableInfo& table = *l.pos->table;
+                if (l.key == "children") throw Unstreamed{};
+                if (l.key == "@state") {
+                    if (!v.is_object()) throw Unstreamed{};
+                    l.state = v;
+                    return;
+                }
+                if (l.key == "@variant") return Loader::set_row_variant(table, *l.row, v, {});
+                auto [rec, field] = loader_.row_attribute(table, *l.row, l.key, {});
+                Loader::set_value(*rec, l.key, *field, v, {});
+                if (l.given == l.names.size()) l.names.emplace_back();
+                l.names[l.given++].assign(l.key);
+                return;
+            }
+            case Level::rows:
+            case Level::children: throw Unstreamed{};
+        }
+    }
+};
+
+// Loads the rows of the text into the store as they are read; false if it left them to the
+// document loader.
+bool stream(std::string_view text, Loader& loader) {
+    Streamer streamer(loader);
+    try {
+        json::sax_parse(text.begin(), text.end(), &streamer, nlohmann::detail::input_format_t::json, true, true);
+        return streamer.keys_unique();
+    } catch (...) {
+        return false;
+    }
+}
 
 json parse(std::string_view text) {
     json doc;
@@ -602,6 +925,15 @@ std::string load_into(db::Store& store, std::string_view text, std::string_view 
     db::Store fresh;
     std::optional<int32_t> variant;
     bool yang = false;   // RFC 7951 instance data, loaded as the loader's own document made of it
+    {
+        Loader loader(fresh);
+        if (stream(text, loader)) {
+            store.swap(fresh);
+            if (default_variant) *default_variant = loader.default_variant;
+            return {};
+        }
+    }
+    db::Store().swap(fresh);
     try {
         json doc = parse(text);
         if ((yang = rfc7951::is_instance_data(doc))) doc = rfc7951::to_tables(doc);

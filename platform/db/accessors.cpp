@@ -33,7 +33,7 @@ const Record* record_of(const FieldDesc& f, const void* obj, uint32_t* err) {
 
 const Slot* slot_of(const FieldDesc& f, const void* obj, uint32_t* err) {
     const Record* r = record_of(f, obj, err);
-    return r ? &r->slots[r->index_of(f)] : nullptr;
+    return r ? &slot_at(*r, r->index_of(f)) : nullptr;
 }
 
 const Cell* value_handle(const void* handle, Word a, Word b, uint32_t* err) {
@@ -60,7 +60,7 @@ const void* get(const FieldDesc& f, const void* obj, uint32_t* err) {
     const Record* r = record_of(f, obj, err);
     if (!r) return nullptr;
     const size_t i = r->index_of(f);
-    return f.kind == FieldKind::nested ? nested_handle(*r, i) : &r->slots[i].cell;
+    return f.kind == FieldKind::nested ? nested_handle(*r, i) : &r->entries()[i];
 }
 
 uint8_t state(const FieldDesc& f, const void* obj, uint32_t* err) {
@@ -155,9 +155,9 @@ const void* row_record(const TableDesc& t, unsigned index, const void* row) {
 
 void* key_create(const RecordDesc& rd) {
     const TypeInfo& t = *registry().type_by_desc.at(&rd);
-    void* mem = detail::tagged_alloc(sizeof(Record), rd.name);
+    void* mem = detail::tagged_alloc(Record::bytes(rd), rd.name);
     if (!mem) return nullptr;
-    auto* r = new (mem) Record(t, rd, nullptr);
+    auto* r = new (mem) Record(t, rd, nullptr, nullptr);
     r->key_record = true;
     counters().key_records.fetch_add(1, std::memory_order_relaxed);
     return r;
@@ -175,7 +175,7 @@ void key_set(const FieldDesc& f, void* rec, const void* obj, uint32_t* err) {
         bad_handle(err);
         return;
     }
-    Cell& dst = r->slots[r->index_of(f)].cell;
+    Cell& dst = make_slot(*r, r->index_of(f)).cell;
     dst.num = c->num;
     dst.ip = c->ip;
     dst.mac = c->mac;

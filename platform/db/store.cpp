@@ -7,6 +7,8 @@
 #include <map>
 #include <mutex>
 
+#include <sys/mman.h>
+
 #include "core.hpp"
 #include "store.hpp"
 
@@ -60,10 +62,11 @@ Place resolve(Record& top, std::string_view path, bool make) {
         if (f->role == FieldRole::bound) {
             if (!last || index) fault(top, path, "'" + std::string(part) + "' is a count, not a record");
             for (uint16_t i = 0; i < rec->desc->count; ++i)
-                if (rec->desc->fields[i].bound_name && part == rec->desc->fields[i].bound_name) at.bound_of = &rec->slots[i];
+                if (rec->desc->fields[i].bound_name && part == rec->desc->fields[i].bound_name)
+                    at.bound_of = make ? &make_slot(*rec, i) : const_cast<Slot*>(&slot_at(*rec, i));
             return at;
         }
-        at.slot = &rec->slots[f->id - 1];
+        at.slot = make ? &make_slot(*rec, f->id - 1) : const_cast<Slot*>(&slot_at(*rec, f->id - 1));
         if (index) {
             if (f->kind != FieldKind::sequence) fault(top, path, "'" + std::string(part) + "' is not a sequence");
             if (*index >= at.slot->sequence.size())
@@ -198,29 +201,70 @@ Counters& counters() {
 
 // ---------------------------------------------------------------- records
 
-Record::Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* p, bool is_blank)
-    : variant(registry().latest_variant), inner_variant(variant), blank(is_blank), type(&t), desc(&d), parent(p),
-      slots(d.count) {
-    if (!blank) counters().records.fetch_add(1, std::memory_order_relaxed);
-    for (uint16_t i = 0; i < d.count; ++i) {
-        const desc::FieldDesc& f = d.fields[i];
-        Slot& s = slots[i];
-        s.cell.owner = this;
-        s.cell.word = f.kind == FieldKind::nested || f.kind == FieldKind::sequence ? Word::none : f.word;
-        if (f.kind == FieldKind::nested) s.cell.magic = k_hollow;   // no value: the nested record's handle
-        if (f.kind == FieldKind::fixed_array) {
-            s.elements.resize(f.bound);
-            for (Cell& c : s.elements) {
-                c.word = f.word;
-                c.owner = this;
-            }
+void Arena::grow(size_t bytes) {
+    if (block_ < (size_t(256) << 10)) block_ *= 2;   // up to 256 kB: little left unused at the end
+    const size_t n = std::max(block_, bytes);
+    blocks_.emplace_back(new char[n]);
+    next_ = blocks_.back().get();
+    left_ = n;
+    // A large block is filled soon: its pages are mapped in one call rather than one fault
+    // each (dear on a virtual machine). Without the call (older kernels) they fault as usual.
+    if (n >= (size_t(256) << 10)) {
+        const uintptr_t page = 4096, at = reinterpret_cast<uintptr_t>(next_);
+        const uintptr_t from = (at + page - 1) & ~(page - 1), to = (at + n) & ~(page - 1);
+        if (to > from) madvise(reinterpret_cast<void*>(from), to - from, MADV_POPULATE_WRITE);
+    }
+}
+
+size_t Record::bytes(const desc::RecordDesc& d) { return sizeof(Record) + d.count * sizeof(Entry); }
+
+namespace {
+
+void* take(Arena* arena, size_t bytes) { return arena ? arena->take(bytes) : ::operator new(bytes); }
+
+// A slot of field i of r, as an unwritten field reads.
+Slot* new_slot(Record& r, size_t i) {
+    const desc::FieldDesc& f = r.desc->fields[i];
+    Slot* s = new (take(r.arena, sizeof(Slot))) Slot;
+    s->cell.owner = &r;
+    s->cell.word = f.kind == FieldKind::nested || f.kind == FieldKind::sequence ? Word::none : f.word;
+    if (f.kind == FieldKind::nested) s->cell.magic = k_hollow;   // no value
+    if (f.kind == FieldKind::fixed_array) {
+        s->elements.resize(f.bound);
+        for (Cell& c : s->elements) {
+            c.word = f.word;
+            c.owner = &r;
         }
+    }
+    return s;
+}
+
+}  // namespace
+
+Record::Record(const TypeInfo& t, const desc::RecordDesc& d, const Record* p, Arena* a, bool is_blank)
+    : variant(registry().latest_variant), inner_variant(variant), blank(is_blank), count(d.count), type(&t), desc(&d),
+      parent(p), arena(a) {
+    if (!blank) counters().records.fetch_add(1, std::memory_order_relaxed);
+    Entry* e = entries();
+    for (uint16_t i = 0; i < d.count; ++i) {
+        Entry* at = new (e + i) Entry;
+        at->index = i;
+        at->magic = d.fields[i].kind == FieldKind::nested ? k_hollow : k_value;
+        // The elements of a fixed array are handed out one by one: they are there from the start.
+        if (blank || d.fields[i].kind == FieldKind::fixed_array) at->slot = new_slot(*this, i);
     }
 }
 
 Record::~Record() {
     magic = 0;
     if (!blank) counters().records.fetch_sub(1, std::memory_order_relaxed);
+    Entry* e = entries();
+    for (uint16_t i = 0; i < count; ++i) {
+        Slot* s = e[i].slot;
+        if (!s) continue;
+        if (arena) s->~Slot();
+        else delete s;
+    }
 }
 
 void RecordDeleter::operator()(Record* r) const {
@@ -230,12 +274,15 @@ void RecordDeleter::operator()(Record* r) const {
         __tallow_free(r);
         return;
     }
-    delete r;
+    const bool heap = !r->arena;
+    r->~Record();
+    if (heap) ::operator delete(r);
 }
 
-RecordPtr new_record(const TypeInfo& t, const Record* parent) {
+RecordPtr new_record(const TypeInfo& t, const Record* parent, Arena* arena) {
     if (t.category != Category::record) throw Error(std::string(t.name) + " is not a record type");
-    return RecordPtr(new Record(t, *registry().desc_by_type.at(&t), parent));
+    const desc::RecordDesc& d = *registry().desc_by_type.at(&t);
+    return RecordPtr(new (take(arena, Record::bytes(d))) Record(t, d, parent, arena));
 }
 
 namespace {
@@ -251,10 +298,12 @@ struct Blanks {
         for (const auto& [t, d] : registry().desc_by_type) latest[t].store(nullptr, std::memory_order_relaxed);
     }
     static const Record* make(const TypeInfo& t, int32_t variant) {
-        auto* r = new Record(t, *registry().desc_by_type.at(&t), nullptr, true);
+        const desc::RecordDesc& d = *registry().desc_by_type.at(&t);
+        auto* r = new (::operator new(Record::bytes(d))) Record(t, d, nullptr, nullptr, true);
         r->variant = r->inner_variant = variant;
         r->twin.store(r, std::memory_order_relaxed);
-        r->inner_blanks = std::make_unique<std::atomic<const Record*>[]>(r->slots.size());
+        r->reader.store(r, std::memory_order_relaxed);
+        r->inner_blanks = std::make_unique<std::atomic<const Record*>[]>(d.count);
         return r;
     }
 };
@@ -284,8 +333,26 @@ const Record& blank_record(const TypeInfo& t, int32_t variant) {
     return *r;
 }
 
+const Slot& slot_at(const Record& r, size_t i) {
+    if (const Slot* s = r.entries()[i].slot) return *s;
+    // Two readers may both look a blank up; they find the same one.
+    const Record* blank = r.reader.load(std::memory_order_acquire);
+    if (!blank || blank->variant != r.variant) {
+        blank = &blank_record(*r.type, r.variant);
+        r.reader.store(blank, std::memory_order_release);
+    }
+    return *blank->entries()[i].slot;
+}
+
+Slot& make_slot(Record& r, size_t i) {
+    if (r.blank) throw Error(std::string(r.type->name) + ": a blank record is never written");
+    Entry& e = r.entries()[i];
+    if (!e.slot) e.slot = new_slot(r, i);
+    return *e.slot;
+}
+
 const Record& nested_at(const Record& r, size_t i) {
-    if (const Record* made = r.slots[i].nested.get()) return *made;
+    if (const Slot* s = r.entries()[i].slot; s && s->nested) return *s->nested;
     // Two readers may both look a blank up; they find the same one.
     const Record* twin = r.twin.load(std::memory_order_acquire);
     if (!twin) {
@@ -302,8 +369,9 @@ const Record& nested_at(const Record& r, size_t i) {
 }
 
 const void* nested_handle(const Record& r, size_t i) {
-    if (const Record* made = r.slots[i].nested.get()) return made;
-    return &r.slots[i].cell;
+    const Entry& e = r.entries()[i];
+    if (e.slot && e.slot->nested) return e.slot->nested.get();
+    return &e;
 }
 
 const Record* record_at(const void* handle) {
@@ -311,18 +379,15 @@ const Record* record_at(const void* handle) {
     const uint32_t magic = *static_cast<const uint32_t*>(handle);
     if (magic == Record::k_magic) return static_cast<const Record*>(handle);
     if (magic != k_hollow) return nullptr;
-    const auto* c = static_cast<const Cell*>(handle);
-    const Record& holder = *c->owner;
-    const size_t i = size_t(reinterpret_cast<const char*>(c) - reinterpret_cast<const char*>(&holder.slots[0].cell)) /
-                     sizeof(Slot);
-    return &nested_at(holder, i);
+    const auto* e = static_cast<const Entry*>(handle);
+    return &nested_at(Record::holder_of(*e), e->index);
 }
 
 Record& make_nested(Record& r, size_t i) {
     if (r.blank) throw Error(std::string(r.type->name) + ": a blank record is never written");
-    Slot& s = r.slots[i];
+    Slot& s = make_slot(r, i);
     if (!s.nested) {
-        s.nested = new_record(*r.type->fields[i].target, &r);
+        s.nested = new_record(*r.type->fields[i].target, &r, r.arena);
         s.nested->variant = s.nested->inner_variant = r.inner_variant;
     }
     return *s.nested;
@@ -358,7 +423,7 @@ const void* handle(const Record& r, std::string_view path) {
     if (at.element) return at.element;
     if (!at.slot) fault(r, path, "is a count and has no handle");
     if (at.field->kind == FieldKind::nested) return nested_handle(*at.rec, at.field->id - 1);
-    return &at.slot->cell;
+    return &at.rec->entries()[at.field->id - 1];
 }
 
 void set_int(Record& r, std::string_view path, int64_t v) {
@@ -470,7 +535,7 @@ void set_array(Record& r, std::string_view path, const std::vector<uint64_t>& el
 Record& append(Record& r, std::string_view path) {
     Place at = leaf_place(r, path);
     if (!at.slot || at.field->kind != FieldKind::sequence) fault(r, path, "is no sequence");
-    at.slot->sequence.push_back(new_record(*at.field->target, at.rec));
+    at.slot->sequence.push_back(new_record(*at.field->target, at.rec, at.rec->arena));
     Record& el = *at.slot->sequence.back();
     el.seq_index = uint32_t(at.slot->sequence.size() - 1);
     return el;
@@ -603,9 +668,11 @@ void set_variant(Record& r, int32_t variant, bool with_nested) {
     if (!with_nested) return;
     r.inner_variant = variant;
     r.twin.store(nullptr, std::memory_order_relaxed);
-    for (Slot& s : r.slots) {
-        if (s.nested) set_variant(*s.nested, variant, true);
-        for (auto& el : s.sequence) set_variant(*el, variant, true);
+    for (uint16_t i = 0; i < r.count; ++i) {
+        Slot* s = r.entries()[i].slot;
+        if (!s) continue;
+        if (s->nested) set_variant(*s->nested, variant, true);
+        for (auto& el : s->sequence) set_variant(*el, variant, true);
     }
 }
 
@@ -621,8 +688,13 @@ void set_value_variant(Record& r, std::string_view path, int32_t variant) {
 // ---------------------------------------------------------------- values
 
 const Cell* cell_of(const void* handle) {
-    auto* c = static_cast<const Cell*>(handle);
-    return c && c->magic == Cell::k_magic ? c : nullptr;
+    if (!handle) return nullptr;
+    const uint32_t magic = *static_cast<const uint32_t*>(handle);
+    if (magic == k_value) {
+        const auto* e = static_cast<const Entry*>(handle);
+        return &slot_at(Record::holder_of(*e), e->index).cell;
+    }
+    return magic == Cell::k_magic ? static_cast<const Cell*>(handle) : nullptr;
 }
 
 std::optional<plat::Value> value_of(const void* handle) {
@@ -653,6 +725,12 @@ int32_t instance_variant(const void* handle) {
     if (!handle) return 0;
     uint32_t magic = *static_cast<const uint32_t*>(handle);
     if (magic == Record::k_magic || magic == k_hollow) return record_at(handle)->variant;
+    if (magic == k_value) {   // a field's value: its own variant if it was given one, else its record's
+        const auto* e = static_cast<const Entry*>(handle);
+        const Record& holder = Record::holder_of(*e);
+        const Slot* s = holder.entries()[e->index].slot;
+        return s && s->cell.own_variant ? s->cell.variant : holder.variant;
+    }
     if (magic == Cell::k_magic) {
         auto* c = static_cast<const Cell*>(handle);
         if (c->own_variant || !c->owner) return c->variant;
@@ -778,7 +856,7 @@ std::optional<std::vector<uint8_t>> key_bytes(Word w, std::string_view text) {
 std::vector<uint8_t> key_bytes(const Record& key_record) {
     std::vector<uint8_t> out;
     for (uint16_t i = 0; i < key_record.desc->count; ++i) {
-        const Cell& c = key_record.slots[i].cell;
+        const Cell& c = slot_at(key_record, i).cell;
         if (key_record.desc->fields[i].kind != FieldKind::leaf) continue;
         std::vector<uint8_t> part = key_bytes(c);
         if (c.word == Word::rsl_vstring) put_le(out, part.size(), 4);
@@ -789,8 +867,8 @@ std::vector<uint8_t> key_bytes(const Record& key_record) {
 
 // ---------------------------------------------------------------- rows
 
-Row::Row(const TableInfo& t) : table(&t) {
-    for (size_t i = 0; i < t.rows.size() && i < 2; ++i) records[i] = new_record(*t.rows[i], nullptr);
+Row::Row(const TableInfo& t, Arena* arena) : table(&t) {
+    for (size_t i = 0; i < t.rows.size() && i < 2; ++i) records[i] = new_record(*t.rows[i], nullptr, arena);
     counters().rows.fetch_add(1, std::memory_order_relaxed);
 }
 
@@ -830,32 +908,85 @@ std::vector<uint8_t> row_key(const Row& row) {
         if (t.rows[i] != t.key_type || !row.records[i]) continue;
         const Record& rec = *row.records[i];
         if (t.key_kind == KeyKind::compound) return key_bytes(rec);
-        return key_bytes(rec.slots[t.key_field_id - 1].cell);
+        return key_bytes(slot_at(rec, t.key_field_id - 1).cell);
     }
     return {};
 }
 
 namespace {
 
-// A stored key, and the same behind the 8 bytes of a parent row's address. The equality
-// counts its calls, as row_key counts the keys it makes: what a lookup compares is
-// observable (LiveCounts::key_compares).
-struct KeyEqual {
-    bool operator()(const std::string& a, const std::string& b) const {
-        counters().key_compares.fetch_add(1, std::memory_order_relaxed);
-        return a == b;
+uint64_t mix(uint64_t h) {
+    h ^= h >> 33;
+    h *= 0xff51afd7ed558ccdull;
+    h ^= h >> 33;
+    return h;
+}
+
+uint64_t key_hash(std::span<const uint8_t> key) {
+    return mix(std::hash<std::string_view>{}(std::string_view(reinterpret_cast<const char*>(key.data()), key.size())));
+}
+
+uint64_t key_hash(const Row* parent, std::span<const uint8_t> key) {
+    return mix(key_hash(key) ^ (reinterpret_cast<uintptr_t>(parent) * 0x9e3779b97f4a7c15ull));
+}
+
+// Rows by stored key (and parent): open addressing over a flat array of the keys' hashes and
+// the first row with the key; the rows that share a key follow each other through `next`, in
+// the order they were added. A lookup compares the stored key of the first row of a bucket
+// whose hash is the one looked for (row_key counts it): in practice one.
+struct KeyIndex {
+    struct Bucket {
+        uint64_t hash = 0;
+        uint32_t first = 0;   // place of the row + 1; 0: empty
+    };
+    std::vector<Bucket> buckets;
+    std::vector<uint32_t> next;   // by place: place + 1 of the next row with the same key, 0: none
+
+    void build(std::span<Row* const> rows, bool with_parent) {
+        size_t n = 16;
+        while (4 * n < 5 * rows.size()) n *= 2;   // at most four in five buckets taken
+        buckets.assign(n, Bucket{});
+        next.assign(rows.size(), 0);
+        // The keys while building; the index keeps hashes and places only.
+        std::vector<std::vector<uint8_t>> keys(rows.size());
+        for (size_t i = rows.size(); i-- > 0;) {
+            const Row* r = rows[i];
+            keys[i] = row_key(*r);
+            const uint64_t h = with_parent ? key_hash(r->parent, keys[i]) : key_hash(keys[i]);
+            for (size_t b = h & (n - 1);; b = (b + 1) & (n - 1)) {
+                Bucket& at = buckets[b];
+                if (at.first == 0) {
+                    at = Bucket{h, uint32_t(i + 1)};
+                    break;
+                }
+                const size_t f = at.first - 1;
+                if (at.hash == h && keys[f] == keys[i] && (!with_parent || rows[f]->parent == r->parent)) {
+                    next[i] = at.first;   // rows are taken last to first: this one goes before
+                    at.first = uint32_t(i + 1);
+                    break;
+                }
+            }
+        }
+    }
+
+    std::vector<const Row*> find(std::span<Row* const> rows, const Row* parent, std::span<const uint8_t> key,
+                                 bool with_parent) const {
+        std::vector<const Row*> out;
+        if (buckets.empty()) return out;
+        const uint64_t h = with_parent ? key_hash(parent, key) : key_hash(key);
+        const size_t n = buckets.size();
+        for (size_t b = h & (n - 1); buckets[b].first; b = (b + 1) & (n - 1)) {
+            if (buckets[b].hash != h) continue;
+            const Row* first = rows[buckets[b].first - 1];
+            if (with_parent && first->parent != parent) continue;
+            const std::vector<uint8_t> stored = row_key(*first);
+            if (!std::equal(stored.begin(), stored.end(), key.begin(), key.end())) continue;
+            for (uint32_t at = buckets[b].first; at; at = next[at - 1]) out.push_back(rows[at - 1]);
+            break;
+        }
+        return out;
     }
 };
-using KeyMap = std::unordered_map<std::string, std::vector<const Row*>, std::hash<std::string>, KeyEqual>;
-
-std::string key_text(std::span<const uint8_t> key) { return std::string(key.begin(), key.end()); }
-
-std::string key_text(const Row* parent, std::span<const uint8_t> key) {
-    std::string out(sizeof parent + key.size(), '\0');
-    std::memcpy(out.data(), &parent, sizeof parent);
-    if (!key.empty()) std::memcpy(out.data() + sizeof parent, key.data(), key.size());
-    return out;
-}
 
 // The indexes of one table's rows: by key, by parent and key, by parent, each made on its
 // first use (a table walked only from its parents never needs the first). Each list is in
@@ -865,20 +996,28 @@ struct TableIndex {
     uint64_t epoch = 0;
     size_t rows = 0;
     bool made[3] = {};
-    KeyMap keys[2];   // by_key, by_parent_key
+    KeyIndex keys[2];   // by_key, by_parent_key
     std::unordered_map<const Row*, std::vector<const Row*>> children;
 };
 
 }  // namespace
 
 struct Store::Impl {
+    // Rows and their records live in the arena; it goes last, after every row is destroyed.
+    std::unique_ptr<Arena> arena = std::make_unique<Arena>();
     std::unordered_map<const TableInfo*, std::vector<Row*>> by_table;
-    std::vector<RowPtr> rows;
+    std::vector<Row*> rows;
     std::map<std::string_view, std::vector<Record*>> by_type;   // names owned by the TypeInfo
     std::vector<RecordPtr> records;
     // Built by the lookups; readers on several threads share them.
     std::mutex index_lock;
     std::unordered_map<const TableInfo*, TableIndex> indexes;
+
+    ~Impl() { drop_rows(); }
+    void drop_rows() {
+        for (Row* r : rows) r->~Row();
+        rows.clear();
+    }
 
     // The index of a table as the rows stand now; the caller holds index_lock.
     const TableIndex& index(const TableInfo& table, IndexKind kind) {
@@ -897,12 +1036,7 @@ struct Store::Impl {
             for (const Row* r : it->second) x.children[r->parent].push_back(r);
             return x;
         }
-        KeyMap& keys = x.keys[kind];
-        keys.reserve(n);
-        for (const Row* r : it->second) {
-            const std::vector<uint8_t> key = row_key(*r);
-            keys[kind == by_key ? key_text(key) : key_text(r->parent, key)].push_back(r);
-        }
+        x.keys[kind].build(it->second, kind == by_parent_key);
         return x;
     }
 };
@@ -911,13 +1045,15 @@ Store::Store() : impl_(std::make_unique<Impl>()) {}
 Store::~Store() = default;
 
 Row& Store::add(std::string_view table, const Row* parent) {
-    RowPtr row = make_row(table);
-    row->parent = parent;
-    Row& r = *row;
+    const TableInfo* t = table_info(table);
+    if (!t) throw Error("unknown table " + std::string(table));
+    if (impl_->rows.size() == impl_->rows.capacity()) impl_->rows.reserve(2 * impl_->rows.size() + 16);
+    Row& r = *new (impl_->arena->take(sizeof(Row))) Row(*t->table, impl_->arena.get());
+    r.parent = parent;
+    impl_->rows.push_back(&r);
     std::vector<Row*>& of_table = impl_->by_table[r.table];
     r.seq = of_table.size();
     of_table.push_back(&r);
-    impl_->rows.push_back(std::move(row));
     touch_keys();
     return r;
 }
@@ -948,17 +1084,13 @@ std::vector<const Row*> Store::children(const TableInfo& table, const Row* paren
 
 std::vector<const Row*> Store::with_key(const TableInfo& table, std::span<const uint8_t> key) const {
     std::lock_guard<std::mutex> hold(impl_->index_lock);
-    const KeyMap& keys = impl_->index(table, by_key).keys[by_key];
-    auto it = keys.find(key_text(key));
-    return it == keys.end() ? std::vector<const Row*>{} : it->second;
+    return impl_->index(table, by_key).keys[by_key].find(rows(table), nullptr, key, false);
 }
 
 std::vector<const Row*> Store::with_key_under(const TableInfo& table, const Row* parent,
                                                   std::span<const uint8_t> key) const {
     std::lock_guard<std::mutex> hold(impl_->index_lock);
-    const KeyMap& keys = impl_->index(table, by_parent_key).keys[by_parent_key];
-    auto it = keys.find(key_text(parent, key));
-    return it == keys.end() ? std::vector<const Row*>{} : it->second;
+    return impl_->index(table, by_parent_key).keys[by_parent_key].find(rows(table), parent, key, true);
 }
 
 size_t Store::size() const { return impl_->rows.size(); }
@@ -990,7 +1122,8 @@ std::vector<std::string_view> Store::record_types() const {
 void Store::clear() {
     impl_->indexes.clear();
     impl_->by_table.clear();
-    impl_->rows.clear();
+    impl_->drop_rows();
+    impl_->arena = std::make_unique<Arena>();
     impl_->by_type.clear();
     impl_->records.clear();
 }

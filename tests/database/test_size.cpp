@@ -65,6 +65,26 @@ TEST_F(Size, ARowWithOneValueSetHoldsOneRecord) {
     EXPECT_EQ(rsl_get_instance_variant(ace, 1, 0), 5);
     set_state(rec, "parent_details.parent_key_conf_mac_nacl_mode_eol", 1);
     EXPECT_EQ(records_now() - before, 4);
+
+    // A value's handle given before its field is written stays the field's: it reads the
+    // value, state flag and variant written later. So does the handle of a record not made
+    // yet for the values written into it.
+    const void* cmd = get("conf_mac_nacl_eol_mac_ace_cmd_get", &rec);
+    const void* hw = handle(rec, "mac_ace.mac_statistics_hw.statistics");
+    const void* arm = handle(rec, "mac_ace.action_cp");
+    ASSERT_TRUE(value_of(cmd) && value_of(hw));
+    EXPECT_EQ(std::get<std::string>(value_of(cmd)->v), "");
+    set_text(rec, "mac_ace_cmd", "deny any any");
+    set_value_variant(rec, "mac_ace_cmd", 7);
+    set_int(rec, "mac_ace.mac_statistics_hw.statistics", 2);
+    set_int(rec, "mac_ace.action_cp.action", 3);
+    set_state(rec, "mac_ace.action_cp.action", 0);
+    EXPECT_EQ(std::get<std::string>(value_of(cmd)->v), "deny any any");
+    EXPECT_EQ(rsl_get_instance_variant(cmd, 1, 0), 7);
+    EXPECT_EQ(std::get<int64_t>(value_of(hw)->v), 2);
+    EXPECT_EQ(fn<ValueFn>("conf_mac_nacl_permitdeny_cp_action_get_value")(k_ctx, k_id, arm, &err), 3u);
+    EXPECT_EQ(fn<StateFn>("conf_mac_nacl_permitdeny_cp_action_state_flag_get")(k_ctx, k_id, arm, &err), 0u);
+    EXPECT_EQ(cmd, get("conf_mac_nacl_eol_mac_ace_cmd_get", &rec)) << "the handle moved";
 }
 
 TEST_F(Size, KeyedLookupsCompareAHandfulOfKeysWhateverTheTableSize) {
