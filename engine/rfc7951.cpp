@@ -215,31 +215,67 @@ std::vector<std::string> key_names(const TableInfo& t) {
     return out;
 }
 
+// The positions whose lists stand in the entries of each table (nullptr: at the top), in
+// the module's order. A table that is its own parent has its position both at the top and
+// in its own entries.
+const std::unordered_map<const TableInfo*, std::vector<const TableInfo*>>& positions_in() {
+    static const auto by_parent = [] {
+        std::unordered_map<const TableInfo*, std::vector<const TableInfo*>> m;
+        for (const TableInfo* p : db::positions()) {
+            if (!p->parent || p->parent->table == p->table) m[nullptr].push_back(p);
+            if (p->parent) m[p->parent->table].push_back(p);
+        }
+        return m;
+    }();
+    return by_parent;
+}
+
 class Printer {
 public:
     Printer(const db::Store& store, const Rendered& rows, const RenderFn& render)
         : store_(store), rows_(rows), render_(render) {
-        // Every row given, and each of its ancestors, is visited; nothing else is.
+        // Every row given, and each of its ancestors, is visited; nothing else is. They are
+        // grouped by table and parent, each group in the order the rows were added: the
+        // order the store lists the rows under a parent in, without asking it.
         for (const auto& [row, items] : rows_) {
             check_self_levels(*row);
-            for (const db::Row* r = row; r && visit_.insert(r).second;) r = db::parent_of(*r);
+            for (const db::Row* r = row; r && visit_.insert(r).second;) {
+                const db::Row* up = db::parent_of(*r);
+                groups_[Group{&db::table_of(*r), up}].push_back(r);
+                r = up;
+            }
         }
+        for (auto& [g, members] : groups_)
+            std::sort(members.begin(), members.end(), [](const db::Row* a, const db::Row* b) {
+                return db::Store::order_of(*a) < db::Store::order_of(*b);
+            });
     }
 
     std::string text() {
         Node top;
-        for (const TableInfo* p : db::positions())
-            if (!p->parent || p->parent->table == p->table) list(top, *p, nullptr, std::string(k_module) + ":");
+        lists(top, nullptr, nullptr, std::string(k_module) + ":");
         std::string out;
         print(out, top, 0);
         return out + "\n";
     }
 
 private:
+    struct Group {
+        const TableInfo* table;
+        const db::Row* parent;
+        bool operator==(const Group&) const = default;
+    };
+    struct GroupHash {
+        size_t operator()(const Group& g) const {
+            return std::hash<const void*>{}(g.table) * 31 + std::hash<const void*>{}(g.parent);
+        }
+    };
+
     const db::Store& store_;
     const Rendered& rows_;
     const RenderFn& render_;
     std::unordered_set<const db::Row*> visit_;
+    std::unordered_map<Group, std::vector<const db::Row*>, GroupHash> groups_;
 
     // A table that is its own parent stands in the module k_self_levels deep at most.
     static void check_self_levels(const db::Row& row) {
@@ -252,12 +288,17 @@ private:
         }
     }
 
-    void list(Node& into, const TableInfo& pos, const db::Row* parent, const std::string& qualifier) {
-        Node* entries = nullptr;
-        for (const db::Row* row : store_.rows_under(*pos.table, parent)) {
-            if (!visit_.count(row)) continue;
-            if (!entries) entries = &into.member(qualifier + std::string(pos.segment), Node::array);
-            entries->items.push_back(entry(*row));
+    // The lists of the positions in the entries of `table` (nullptr: the top) that hold a
+    // visited row under `parent`.
+    void lists(Node& into, const TableInfo* table, const db::Row* parent, const std::string& qualifier) {
+        const auto& in = positions_in();
+        const auto at = in.find(table);
+        if (at == in.end()) return;
+        for (const TableInfo* pos : at->second) {
+            const auto g = groups_.find(Group{pos->table->table, parent});
+            if (g == groups_.end()) continue;
+            Node& entries = into.member(qualifier + std::string(pos->segment), Node::array);
+            for (const db::Row* row : g->second) entries.items.push_back(entry(*row));
         }
     }
 
@@ -271,8 +312,7 @@ private:
             const std::vector<std::string> keys = key_names(table);
             attributes(obj, table, render_(row), &keys);
         }
-        for (const TableInfo* p : db::positions())
-            if (p->parent && p->parent->table == &table) list(obj, *p, &row, "");
+        lists(obj, &table, &row, "");
         return obj;
     }
 
@@ -303,6 +343,18 @@ private:
 
 std::string document(const db::Store& store, const Rendered& rows, const RenderFn& render_ancestor) {
     return Printer(store, rows, render_ancestor).text();
+}
+
+std::string leaf_document(const db::TableInfo& table, const plat::NamedValue& item) {
+    std::vector<std::string> containers;
+    const FieldInfo& f = field_of(table, item.name, &containers);
+    Node top;
+    const std::string leaf = item.name.substr(item.name.rfind('.') + 1);
+    top.members.push_back(
+        Member{std::string(k_module) + ":" + leaf, encode(f, item.value, std::string(table.name) + " \"" + item.name + "\"")});
+    std::string out;
+    print(out, top, 0);
+    return out + "\n";
 }
 
 }  // namespace zan::engine::rfc7951

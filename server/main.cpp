@@ -4,6 +4,9 @@
 //
 // A program of its own beside zanfe rather than a zanfe command: it has a server's life
 // (signals, threads, a log), and keeps out of the tool's command line.
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -37,7 +40,9 @@ struct Options {
     std::string listen = "127.0.0.1";
     int port = 8080;
     bool trace = false;
-    int threads = 8;
+    int threads = 16;
+    std::optional<int> max_connections;   // default: --threads
+    double rate = 2000;          // requests a second one connection may make (0: no limit)
     std::string log = "-";
     size_t max_body = 64 * 1024;
     int timeout = 10;            // seconds a read or a write of a request may take
@@ -56,7 +61,11 @@ const char* k_usage =
     "  --port N          port (default 8080; 0: any free port); the port taken is printed on standard output\n"
     "  --cert FILE --key FILE   serve HTTPS with this certificate and private key (PEM)\n"
     "  --users FILE      HTTP Basic authentication: lines 'name:crypt-hash:role', role reader or admin\n"
-    "  --threads N       worker threads (default 8)\n"
+    "  --threads N       worker threads (default 16); a connection holds one for its whole life\n"
+    "  --max-connections N  connections served at once (default: --threads); one more is answered\n"
+    "                    503 with Retry-After and closed\n"
+    "  --rate N          requests a second one connection may make, a second's worth at once\n"
+    "                    (default 2000; 0: no limit); beyond it 429 with Retry-After\n"
     "  --access-log FILE one line per request (default -: standard error)\n"
     "  --max-body N      largest request body in bytes (default 65536)\n"
     "  --timeout S       seconds a read or write may take (default 10)\n"
@@ -98,6 +107,8 @@ Options parse(int argc, char** argv) {
         else if (a == "--key") o.key = value();
         else if (a == "--users") o.users = value();
         else if (a == "--threads") o.threads = int(number(a, value(), 1, 1024));
+        else if (a == "--max-connections") o.max_connections = int(number(a, value(), 1, 1000000));
+        else if (a == "--rate") o.rate = double(number(a, value(), 0, 1000000000));
         else if (a == "--access-log") o.log = value();
         else if (a == "--max-body") o.max_body = size_t(number(a, value(), 0, 1L << 30));
         else if (a == "--timeout") o.timeout = int(number(a, value(), 1, 3600));
@@ -270,6 +281,61 @@ std::string log_line(const httplib::Request& req, const httplib::Response& res, 
 // Who the request this thread serves authenticated as, for its log line.
 thread_local std::string user;
 
+// The connection this thread serves: cpp-httplib runs a connection on one worker from accept
+// to close, keep-alive requests included, so what is per connection lives in the thread.
+struct Connection {
+    bool refused = false;   // beyond the connection cap: every request is answered 503
+    double tokens = -1;     // the rate's bucket; -1: full, no request made yet
+    std::chrono::steady_clock::time_point last;
+
+    // Whether one more request fits the rate (requests a second, a second's worth at once).
+    bool take(double rate) {
+        if (rate <= 0) return true;
+        const auto now = std::chrono::steady_clock::now();
+        tokens = tokens < 0 ? rate : std::min(rate, tokens + rate * std::chrono::duration<double>(now - last).count());
+        last = now;
+        if (tokens < 1) return false;
+        tokens -= 1;
+        return true;
+    }
+};
+thread_local Connection connection;
+
+// The workers, and the cap on connections. A connection beyond the cap is not queued behind
+// the ones served (it would wait for one of them to close, however long that takes): it goes
+// to a lane of its own, which answers its request 503 and closes it.
+class Workers : public httplib::TaskQueue {
+public:
+    Workers(size_t threads, size_t cap) : pool_(threads), refusals_(2), cap_(cap) {}
+
+    // Called by the one thread that accepts connections.
+    void enqueue(std::function<void()> fn) override {
+        if (live_.load() >= cap_) {
+            refusals_.enqueue([fn = std::move(fn)] {
+                connection = Connection{.refused = true};
+                fn();
+            });
+            return;
+        }
+        ++live_;
+        pool_.enqueue([this, fn = std::move(fn)] {
+            connection = Connection{};
+            fn();
+            --live_;
+        });
+    }
+    void shutdown() override {
+        pool_.shutdown();
+        refusals_.shutdown();
+    }
+
+private:
+    httplib::ThreadPool pool_;
+    httplib::ThreadPool refusals_;
+    const size_t cap_;
+    std::atomic<size_t> live_{0};
+};
+
 void print_trace(const zan::plat::TraceRecord& r) {
     std::fprintf(stderr, "trace 0x%x %s: %s\n", r.level, r.unit.c_str(), r.text.c_str());
 }
@@ -303,8 +369,9 @@ int run(int argc, char** argv) {
     } else {
         server = std::make_unique<httplib::Server>();
     }
-    const int threads = o.threads;
-    server->new_task_queue = [threads] { return new httplib::ThreadPool(size_t(threads)); };
+    const size_t threads = size_t(o.threads);
+    const size_t cap = size_t(o.max_connections.value_or(o.threads));
+    server->new_task_queue = [threads, cap] { return new Workers(threads, cap); };
     server->set_payload_max_length(o.max_body);
     server->set_read_timeout(o.timeout, 0);
     server->set_write_timeout(o.timeout, 0);
@@ -316,6 +383,22 @@ int run(int argc, char** argv) {
     // (Bodies are read, and held to --max-body, only for the methods that carry one.)
     const httplib::Server::Handler handle = [&](const httplib::Request& req, httplib::Response& res) {
         user.clear();
+        if (connection.refused) {
+            Answer a = error_answer(503, "transport", "resource-denied", "",
+                                    "too many connections: " + std::to_string(cap) + " at most; try again later");
+            a.headers.emplace_back("Retry-After", "1");
+            a.headers.emplace_back("Connection", "close");
+            send(res, a);
+            return;
+        }
+        if (!connection.take(o.rate)) {
+            Answer a = error_answer(429, "transport", "resource-denied", "",
+                                    "too many requests on this connection: " + std::to_string(long(o.rate)) +
+                                        " a second at most");
+            a.headers.emplace_back("Retry-After", "1");
+            send(res, a);
+            return;
+        }
         try {
             send(res, serve(req, served, engine, module, users.get(), tls, &user));
         } catch (const std::exception& e) {

@@ -75,8 +75,9 @@ def main():
 
     keyed = "/restconf/data/zan-config:vrf=red?depth=1"
     table = "/restconf/data/zan-config:vrf"
+    # Room for wrk's connections of one run while the last run's are let go.
     server, port = start([a.restconf, "--port", "0", "--threads", str(a.threads), "--keep-alive", "1000000",
-                          "--access-log", "/dev/null"])
+                          "--max-connections", str(2 * a.connections), "--access-log", "/dev/null"])
     results = {}
     failed = []
     try:

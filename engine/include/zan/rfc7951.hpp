@@ -48,4 +48,9 @@ using RenderFn = std::function<std::vector<plat::NamedValue>(const db::Row&)>;
 // were added. Throws Error (one line) for a row or an attribute the module has no place for.
 std::string document(const db::Store& store, const Rendered& rows, const RenderFn& render_ancestor);
 
+// The document of one attribute of a row of the table on its own (a leaf addressed as the
+// resource): {"zan-config:<leaf>": value}. Throws Error for an attribute with no leaf, or a
+// value that does not fit it.
+std::string leaf_document(const db::TableInfo& table, const plat::NamedValue& item);
+
 }  // namespace zan::engine::rfc7951
