@@ -7,7 +7,10 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <deque>
 #include <csignal>
+#include <malloc.h>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -42,6 +45,7 @@ struct Options {
     bool trace = false;
     int threads = 16;
     std::optional<int> max_connections;   // default: --threads
+    int concurrent = 0;          // requests answered at once (0: two a processor)
     double rate = 2000;          // requests a second one connection may make (0: no limit)
     std::string log = "-";
     size_t max_body = 64 * 1024;
@@ -64,6 +68,8 @@ const char* k_usage =
     "  --threads N       worker threads (default 16); a connection holds one for its whole life\n"
     "  --max-connections N  connections served at once (default: --threads); one more is answered\n"
     "                    503 with Retry-After and closed\n"
+    "  --concurrent N    requests answered at once, the others of the --threads waiting their turn\n"
+    "                    (default: two a processor): what a burst of large answers holds in memory\n"
     "  --rate N          requests a second one connection may make, a second's worth at once\n"
     "                    (default 2000; 0: no limit); beyond it 429 with Retry-After\n"
     "  --access-log FILE one line per request (default -: standard error)\n"
@@ -108,6 +114,7 @@ Options parse(int argc, char** argv) {
         else if (a == "--users") o.users = value();
         else if (a == "--threads") o.threads = int(number(a, value(), 1, 1024));
         else if (a == "--max-connections") o.max_connections = int(number(a, value(), 1, 1000000));
+        else if (a == "--concurrent") o.concurrent = int(number(a, value(), 1, 1024));
         else if (a == "--rate") o.rate = double(number(a, value(), 0, 1000000000));
         else if (a == "--access-log") o.log = value();
         else if (a == "--max-body") o.max_body = size_t(number(a, value(), 0, 1L << 30));
@@ -219,9 +226,50 @@ void send(httplib::Response& res, const Answer& a) {
     res.set_content(a.body, a.content_type.empty() ? "text/plain" : a.content_type);
 }
 
+// The answers made at once. The threads hold connections, mostly idle or waiting on the
+// network; the rendering of an answer takes a processor and memory, so that on a few
+// processors more of them at once would only share those and hold the memory of each.
+// Taken in the order asked (a semaphore lets a newcomer pass the ones waiting, and under load
+// some of them would wait for ever); each release wakes the one waiter next in line.
+class Gate {
+public:
+    explicit Gate(int slots) : free_(slots) {}
+
+    void acquire() {
+        std::unique_lock lock(mu_);
+        if (free_ > 0 && line_.empty()) {
+            --free_;
+            return;
+        }
+        Waiter me;
+        line_.push_back(&me);
+        me.turn.wait(lock, [&] { return me.granted; });
+    }
+    void release() {
+        std::lock_guard lock(mu_);
+        if (line_.empty()) {
+            ++free_;
+            return;
+        }
+        Waiter* next = line_.front();
+        line_.pop_front();
+        next->granted = true;   // the slot passes to it as it is
+        next->turn.notify_one();
+    }
+
+private:
+    struct Waiter {
+        std::condition_variable turn;
+        bool granted = false;
+    };
+    std::mutex mu_;
+    int free_;
+    std::deque<Waiter*> line_;
+};
+
 // One request: translation, authentication, media types, the answer, and 304.
 Answer serve(const httplib::Request& req, const Served& served, const zan::engine::Engine& engine,
-             const Module& module, const Users* users, bool tls, std::string* user) {
+             const Module& module, const Users* users, bool tls, std::string* user, Gate& gate) {
     const size_t q = req.target.find('?');
     const std::string path = req.target.substr(0, q);
     const std::string query = q == std::string::npos ? "" : req.target.substr(q + 1);
@@ -251,7 +299,15 @@ Answer serve(const httplib::Request& req, const Served& served, const zan::engin
     const Hidden hidden = role == Role::admin ? Hidden{} : Hidden{secret_attribute};
     const Context ctx{engine, *data, module, hidden,
                       std::string(tls ? "https://" : "http://") + req.get_header_value("Host")};
-    Answer a = answer(ctx, r);
+    gate.acquire();
+    Answer a;
+    try {
+        a = answer(ctx, r);
+    } catch (...) {
+        gate.release();
+        throw;
+    }
+    gate.release();
     if (a.status == 200 && !a.content_type.empty() && !accepts(req, a.content_type))
         return error_answer(406, "protocol", "invalid-value", "",
                             "the answer is " + a.content_type + ", which Accept '" + req.get_header_value("Accept") +
@@ -312,7 +368,8 @@ public:
     void enqueue(std::function<void()> fn) override {
         if (live_.load() >= cap_) {
             refusals_.enqueue([fn = std::move(fn)] {
-                connection = Connection{.refused = true};
+                connection = Connection{};
+                connection.refused = true;
                 fn();
             });
             return;
@@ -369,6 +426,12 @@ int run(int argc, char** argv) {
     } else {
         server = std::make_unique<httplib::Server>();
     }
+    const int concurrent = o.concurrent ? o.concurrent : std::max(2, 2 * int(std::thread::hardware_concurrency()));
+    Gate gate(concurrent);
+    // As many allocator arenas as answers made at once: each answer's memory comes back to
+    // an arena the next answer takes it from, rather than each of the many threads leaving
+    // its own arena at the largest answer it made.
+    mallopt(M_ARENA_MAX, concurrent);
     const size_t threads = size_t(o.threads);
     const size_t cap = size_t(o.max_connections.value_or(o.threads));
     server->new_task_queue = [threads, cap] { return new Workers(threads, cap); };
@@ -400,7 +463,7 @@ int run(int argc, char** argv) {
             return;
         }
         try {
-            send(res, serve(req, served, engine, module, users.get(), tls, &user));
+            send(res, serve(req, served, engine, module, users.get(), tls, &user, gate));
         } catch (const std::exception& e) {
             send(res, error_answer(500, "application", "operation-failed", "", e.what()));
         }
