@@ -308,6 +308,18 @@ std::string data_document(const Context& ctx, const Request& req) {
             if (!q.fields) descendants(store, *row, below, &rows);
         }
     }
+    struct Turn {
+        Turns* turns = nullptr;
+        ~Turn() {
+            if (turns) turns->give();
+        }
+    } turn;
+    if (ctx.turns && rows.size() > k_rows_without_turn) {
+        if (!ctx.turns->take())
+            throw Failure{503, "transport", "resource-denied", "",
+                          "the server is busy: no turn came in the time a request may wait"};
+        turn.turns = ctx.turns;
+    }
     Renderer render(ctx);
     engine::rfc7951::Rendered given;
     for (const Row* row : rows) {
@@ -427,7 +439,9 @@ Answer answer(const Context& ctx, const Request& req) {
             break;
         }
     } catch (const Failure& f) {
-        return error_answer(f.status, f.type, f.tag, f.path, f.message);
+        Answer e = error_answer(f.status, f.type, f.tag, f.path, f.message);
+        if (f.status == 503) e.headers.emplace_back("Retry-After", "1");
+        return e;
     }
     if (req.method == Method::options) {
         Answer o;

@@ -45,7 +45,8 @@ struct Options {
     bool trace = false;
     int threads = 16;
     std::optional<int> max_connections;   // default: --threads
-    int concurrent = 0;          // requests answered at once (0: two a processor)
+    int wait = 5000;             // milliseconds an answer of many rows may wait for its turn
+    int concurrent = 0;          // answers of many rows made at once (0: two a processor)
     double rate = 2000;          // requests a second one connection may make (0: no limit)
     std::string log = "-";
     size_t max_body = 64 * 1024;
@@ -68,8 +69,10 @@ const char* k_usage =
     "  --threads N       worker threads (default 16); a connection holds one for its whole life\n"
     "  --max-connections N  connections served at once (default: --threads); one more is answered\n"
     "                    503 with Retry-After and closed\n"
-    "  --concurrent N    requests answered at once, the others of the --threads waiting their turn\n"
-    "                    (default: two a processor): what a burst of large answers holds in memory\n"
+    "  --concurrent N    answers of more than 16 rows made at once, the others waiting their turn\n"
+    "                    in order (default: two a processor): what a burst of them holds in memory\n"
+    "  --wait MS         milliseconds such an answer may wait for its turn (default 5000); beyond\n"
+    "                    it 503 with Retry-After\n"
     "  --rate N          requests a second one connection may make, a second's worth at once\n"
     "                    (default 2000; 0: no limit); beyond it 429 with Retry-After\n"
     "  --access-log FILE one line per request (default -: standard error)\n"
@@ -115,6 +118,7 @@ Options parse(int argc, char** argv) {
         else if (a == "--threads") o.threads = int(number(a, value(), 1, 1024));
         else if (a == "--max-connections") o.max_connections = int(number(a, value(), 1, 1000000));
         else if (a == "--concurrent") o.concurrent = int(number(a, value(), 1, 1024));
+        else if (a == "--wait") o.wait = int(number(a, value(), 0, 3600000));
         else if (a == "--rate") o.rate = double(number(a, value(), 0, 1000000000));
         else if (a == "--access-log") o.log = value();
         else if (a == "--max-body") o.max_body = size_t(number(a, value(), 0, 1L << 30));
@@ -226,24 +230,30 @@ void send(httplib::Response& res, const Answer& a) {
     res.set_content(a.body, a.content_type.empty() ? "text/plain" : a.content_type);
 }
 
-// The answers made at once. The threads hold connections, mostly idle or waiting on the
-// network; the rendering of an answer takes a processor and memory, so that on a few
+// The answers of many rows made at once. The threads hold connections, mostly idle or
+// waiting on the network; rendering many rows takes a processor and memory, so that on a few
 // processors more of them at once would only share those and hold the memory of each.
 // Taken in the order asked (a semaphore lets a newcomer pass the ones waiting, and under load
 // some of them would wait for ever); each release wakes the one waiter next in line.
-class Gate {
+class Gate : public Turns {
 public:
-    explicit Gate(int slots) : free_(slots) {}
+    Gate(int slots, std::chrono::milliseconds wait) : free_(slots), wait_(wait) {}
 
-    void acquire() {
+    bool take() override { return acquire(wait_); }
+    void give() override { release(); }
+
+    // Whether the turn came within `wait`; if not, the place in line is given up.
+    bool acquire(std::chrono::milliseconds wait) {
         std::unique_lock lock(mu_);
         if (free_ > 0 && line_.empty()) {
             --free_;
-            return;
+            return true;
         }
         Waiter me;
         line_.push_back(&me);
-        me.turn.wait(lock, [&] { return me.granted; });
+        if (me.turn.wait_for(lock, wait, [&] { return me.granted; })) return true;
+        line_.erase(std::find(line_.begin(), line_.end(), &me));
+        return false;
     }
     void release() {
         std::lock_guard lock(mu_);
@@ -264,6 +274,7 @@ private:
     };
     std::mutex mu_;
     int free_;
+    const std::chrono::milliseconds wait_;
     std::deque<Waiter*> line_;
 };
 
@@ -298,16 +309,8 @@ Answer serve(const httplib::Request& req, const Served& served, const zan::engin
     const std::shared_ptr<const Datastore> data = served.now();
     const Hidden hidden = role == Role::admin ? Hidden{} : Hidden{secret_attribute};
     const Context ctx{engine, *data, module, hidden,
-                      std::string(tls ? "https://" : "http://") + req.get_header_value("Host")};
-    gate.acquire();
-    Answer a;
-    try {
-        a = answer(ctx, r);
-    } catch (...) {
-        gate.release();
-        throw;
-    }
-    gate.release();
+                      std::string(tls ? "https://" : "http://") + req.get_header_value("Host"), &gate};
+    Answer a = answer(ctx, r);
     if (a.status == 200 && !a.content_type.empty() && !accepts(req, a.content_type))
         return error_answer(406, "protocol", "invalid-value", "",
                             "the answer is " + a.content_type + ", which Accept '" + req.get_header_value("Accept") +
@@ -427,7 +430,7 @@ int run(int argc, char** argv) {
         server = std::make_unique<httplib::Server>();
     }
     const int concurrent = o.concurrent ? o.concurrent : std::max(2, 2 * int(std::thread::hardware_concurrency()));
-    Gate gate(concurrent);
+    Gate gate(concurrent, std::chrono::milliseconds(o.wait));
     // As many allocator arenas as answers made at once: each answer's memory comes back to
     // an arena the next answer takes it from, rather than each of the many threads leaving
     // its own arena at the largest answer it made.

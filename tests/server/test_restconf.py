@@ -17,6 +17,7 @@ import ssl
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 import urllib.parse
@@ -491,6 +492,35 @@ class Limits(RestconfBase):
                 self.assertEqual(retry, "1")
             # The rate is the connection's: another one starts with its own.
             self.assertEqual(srv.request("GET", "/restconf")[0], 200)
+        finally:
+            self.assertEqual(srv.stop(), 0)
+
+
+    def test_a_request_that_finds_no_turn_in_time_is_503(self):
+        # One answer at a time, none waiting: of requests for the whole datastore made at
+        # once, those that come while another is answered are refused.
+        srv = Server(self.tmp.name, "--threads", "8", "--concurrent", "1", "--wait", "0")
+        try:
+            got = []
+            for _ in range(20):
+                start = threading.Barrier(8)
+
+                def one():
+                    start.wait()
+                    got.append(srv.request("GET", "/restconf/data"))
+                threads = [threading.Thread(target=one) for _ in range(8)]
+                for t in threads:
+                    t.start()
+                for t in threads:
+                    t.join()
+                if any(g[0] == 503 for g in got):
+                    break
+            self.assertIn(200, [g[0] for g in got])
+            busy = [g for g in got if g[0] != 200]
+            self.assertTrue(busy)
+            for g in busy:
+                self.assert_error(g, 503, "resource-denied", "the server is busy: no turn came")
+                self.assertEqual(g[1]["retry-after"], "1")
         finally:
             self.assertEqual(srv.stop(), 0)
 
