@@ -162,18 +162,23 @@ public:
         d->etag = tag;
         if (loaded.default_variant)
             zan::db::set_default_variant(zan::engine::Engine::context(), *loaded.default_variant);
-        current_.store(std::move(d));
+        std::lock_guard hold(current_mu_);
+        current_ = std::move(d);
         return std::nullopt;
     }
     std::shared_ptr<const Datastore> now() const {
-        return current_.load();
+        // A mutex, not std::atomic<std::shared_ptr>: libstdc++'s spins, and with many more
+        // threads than processors a spinner holds the processor its holder waits for.
+        std::lock_guard hold(current_mu_);
+        return current_;
     }
     size_t rows() const { return now()->store->size(); }
 
 private:
     std::optional<std::string> file_;
     std::mutex mu_;   // loads, one at a time
-    std::atomic<std::shared_ptr<const Datastore>> current_;
+    mutable std::mutex current_mu_;
+    std::shared_ptr<const Datastore> current_;
     unsigned generation_ = 0;
 };
 
