@@ -10,7 +10,11 @@
 #include <condition_variable>
 #include <deque>
 #include <csignal>
+#include <arpa/inet.h>
+#include <dirent.h>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 #include <malloc.h>
 #include <cstdio>
@@ -377,6 +381,38 @@ struct Connection {
 };
 thread_local Connection connection;
 
+// The socket a request came on, found by its client's address and port (-1: none). cpp-httplib
+// does not hand it to a handler, and a "Connection: close" the handler sets does not close it.
+int socket_of(const httplib::Request& req) {
+    DIR* dir = ::opendir("/proc/self/fd");
+    if (!dir) return -1;
+    int found = -1;
+    while (const dirent* e = ::readdir(dir)) {
+        const int fd = std::atoi(e->d_name);
+        if (fd <= STDERR_FILENO) continue;
+        sockaddr_storage peer{};
+        socklen_t len = sizeof peer;
+        if (::getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &len) != 0) continue;
+        char host[INET6_ADDRSTRLEN] = "";
+        int port = -1;
+        if (peer.ss_family == AF_INET) {
+            const auto* in = reinterpret_cast<const sockaddr_in*>(&peer);
+            ::inet_ntop(AF_INET, &in->sin_addr, host, sizeof host);
+            port = ntohs(in->sin_port);
+        } else if (peer.ss_family == AF_INET6) {
+            const auto* in = reinterpret_cast<const sockaddr_in6*>(&peer);
+            ::inet_ntop(AF_INET6, &in->sin6_addr, host, sizeof host);
+            port = ntohs(in->sin6_port);
+        }
+        if (port == req.remote_port && req.remote_addr == host) {
+            found = fd;
+            break;
+        }
+    }
+    ::closedir(dir);
+    return found;
+}
+
 // The workers, and the cap on connections. A connection beyond the cap is not queued behind
 // the ones served (it would wait for one of them to close, however long that takes): it goes
 // to a lane of its own, which answers its request 503 and closes it.
@@ -502,6 +538,10 @@ int run(int argc, char** argv) {
     }));
     server->set_logger([&](const httplib::Request& req, const httplib::Response& res) {
         log.line(log_line(req, res, user));
+        // A refused connection is closed once answered (the logger runs after the answer is
+        // written): the next request on it reads as the end of the stream.
+        if (connection.refused)
+            if (const int fd = socket_of(req); fd >= 0) ::shutdown(fd, SHUT_RD);
     });
 
     const int port = o.port == 0 ? server->bind_to_any_port(o.listen) : (server->bind_to_port(o.listen, o.port) ? o.port : -1);

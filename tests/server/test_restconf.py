@@ -13,6 +13,7 @@ import json
 import os
 import re
 import signal
+import socket
 import ssl
 import subprocess
 import sys
@@ -458,7 +459,15 @@ class Limits(RestconfBase):
                 r.read()
                 self.assertEqual(r.status, 200)
                 held.append(c)   # kept alive: each holds a worker
-            code, h, body = srv.request("GET", "/restconf")
+            # A raw socket, that does not close on "Connection: close" itself: the server does.
+            with socket.create_connection(("127.0.0.1", srv.port), timeout=20) as raw:
+                raw.sendall(b"GET /restconf HTTP/1.1\r\nHost: x\r\n\r\n")
+                answer = b""
+                while chunk := raw.recv(65536):
+                    answer += chunk
+            head, body = answer.decode().split("\r\n\r\n", 1)
+            code = int(head.split()[1])
+            h = {k.lower(): v.strip() for k, v in (line.split(":", 1) for line in head.split("\r\n")[1:])}
             self.assertEqual((code, h.get("retry-after"), h.get("connection")), (503, "1", "close"), body)
             self.assert_error((code, h, body), 503, "resource-denied", "too many connections: 2 at most")
             held.pop().close()
