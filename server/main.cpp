@@ -30,6 +30,7 @@
 #include <httplib.h>
 
 #include "access.hpp"
+#include "backlog.hpp"
 #include "answer.hpp"
 #include "uri.hpp"
 #include "zan/config.hpp"
@@ -546,6 +547,7 @@ int run(int argc, char** argv) {
 
     const int port = o.port == 0 ? server->bind_to_any_port(o.listen) : (server->bind_to_port(o.listen, o.port) ? o.port : -1);
     if (port < 0) throw std::runtime_error("cannot listen on " + o.listen + " port " + std::to_string(o.port));
+    widen_backlog(port);
     std::printf("listening on %s://%s:%d\n", tls ? "https" : "http", o.listen.c_str(), port);
     std::fflush(stdout);
 
