@@ -255,8 +255,8 @@ void send(httplib::Response& res, const Answer& a) {
 // The answers of many rows made at once. The threads hold connections, mostly idle or
 // waiting on the network; rendering many rows takes a processor and memory, so that on a few
 // processors more of them at once would only share those and hold the memory of each.
-// Taken in the order asked (a semaphore lets a newcomer pass the ones waiting, and under load
-// some of them would wait for ever); each release wakes the one waiter next in line.
+// Taken in the order asked (a semaphore lets a newcomer pass the ones waiting, for as long
+// as newcomers keep coming); each release wakes the one waiter next in line.
 class Gate : public Turns {
 public:
     Gate(int slots, std::chrono::milliseconds wait) : free_(slots), wait_(wait) {}
