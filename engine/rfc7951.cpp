@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace zan::engine::rfc7951 {
@@ -215,6 +216,21 @@ std::vector<std::string> key_names(const TableInfo& t) {
     return out;
 }
 
+// The positions whose lists stand in the entries of each table (nullptr: at the top), in
+// the module's order. A table that is its own parent has its position both at the top and
+// in its own entries.
+const std::unordered_map<const TableInfo*, std::vector<const TableInfo*>>& positions_in() {
+    static const auto by_parent = [] {
+        std::unordered_map<const TableInfo*, std::vector<const TableInfo*>> m;
+        for (const TableInfo* p : db::positions()) {
+            if (!p->parent || p->parent->table == p->table) m[nullptr].push_back(p);
+            if (p->parent) m[p->parent->table].push_back(p);
+        }
+        return m;
+    }();
+    return by_parent;
+}
+
 // Writes the document entry by entry: an entry's attributes are made a tree of their own
 // (the containers of the dotted names) and written, then its child lists as they are
 // reached, so that what is held at a time is one row's attributes and the lists on the path
@@ -225,11 +241,21 @@ public:
             const std::function<void()>& row_done)
         : store_(store), rows_(rows), render_(render), out_(out), row_done_(row_done) {
         if (rows_) {
-            // Every row given, and each of its ancestors, is visited; nothing else is.
+            // Every row given, and each of its ancestors, is visited; nothing else is. They
+            // are grouped by table and parent, each group in the order the rows were added:
+            // the order the store lists the rows under a parent in, without asking it.
             for (const auto& [row, items] : *rows_) {
                 check_self_levels(*row);
-                for (const db::Row* r = row; r && visit_.insert(r).second;) r = db::parent_of(*r);
+                for (const db::Row* r = row; r && visit_.insert(r).second;) {
+                    const db::Row* up = db::parent_of(*r);
+                    groups_[Group{&db::table_of(*r), up}].push_back(r);
+                    r = up;
+                }
             }
+            for (auto& [g, members] : groups_)
+                std::sort(members.begin(), members.end(), [](const db::Row* a, const db::Row* b) {
+                    return db::Store::order_of(*a) < db::Store::order_of(*b);
+                });
         } else {
             for (const TableInfo* t : db::tables())
                 for (const db::Row* row : store_.rows(*t)) check_self_levels(*row);
@@ -244,12 +270,24 @@ public:
     }
 
 private:
+    struct Group {
+        const TableInfo* table;
+        const db::Row* parent;
+        bool operator==(const Group&) const = default;
+    };
+    struct GroupHash {
+        size_t operator()(const Group& g) const {
+            return std::hash<const void*>{}(g.table) * 31 + std::hash<const void*>{}(g.parent);
+        }
+    };
+
     const db::Store& store_;
     const Rendered* rows_;
     const RenderFn& render_;
     std::string& out_;
     const std::function<void()>& row_done_;
     std::unordered_set<const db::Row*> visit_;
+    std::unordered_map<Group, std::vector<const db::Row*>, GroupHash> groups_;
 
     // A table that is its own parent stands in the module k_self_levels deep at most.
     static void check_self_levels(const db::Row& row) {
@@ -262,7 +300,14 @@ private:
         }
     }
 
-    bool visited(const db::Row* row) const { return !rows_ || visit_.count(row); }
+    // The rows of a position under `parent` that are printed: all of them, or the visited ones.
+    void rows_of(const TableInfo& pos, const db::Row* parent, std::vector<const db::Row*>& into) const {
+        if (!rows_) {
+            for (const db::Row* row : store_.rows_under(*pos.table, parent)) into.push_back(row);
+        } else if (const auto g = groups_.find(Group{pos.table->table, parent}); g != groups_.end()) {
+            into.insert(into.end(), g->second.begin(), g->second.end());
+        }
+    }
 
     // The lists below `parent` (nullptr: the top level) as members of the object being
     // written at `depth`, after the `members` already written in it: positions of the same
@@ -270,19 +315,16 @@ private:
     // members written in all.
     size_t lists(const TableInfo* table, const db::Row* parent, int depth, const std::string& qualifier,
                  size_t members) {
-        const auto here = [table](const TableInfo* p) {
-            return table ? p->parent && p->parent->table == table : !p->parent || p->parent->table == p->table;
-        };
+        const auto in = positions_in().find(table);
+        if (in == positions_in().end()) return members;
         const std::string pad(2 * depth + 2, ' ');
         const std::string item_pad(2 * depth + 4, ' ');
         std::vector<std::string_view> written;
-        for (const TableInfo* first : db::positions()) {
-            if (!here(first) || std::find(written.begin(), written.end(), first->segment) != written.end()) continue;
+        for (const TableInfo* first : in->second) {
+            if (std::find(written.begin(), written.end(), first->segment) != written.end()) continue;
             std::vector<const db::Row*> entries;
-            for (const TableInfo* p : db::positions())
-                if (here(p) && p->segment == first->segment)
-                    for (const db::Row* row : store_.rows_under(*p->table, parent))
-                        if (visited(row)) entries.push_back(row);
+            for (const TableInfo* p : in->second)
+                if (p->segment == first->segment) rows_of(*p, parent, entries);
             if (entries.empty()) continue;
             written.push_back(first->segment);
             out_ += members++ ? ",\n" : "\n";
@@ -362,6 +404,18 @@ std::string document(const db::Store& store, const Rendered& rows, const RenderF
 void document_of_all(const db::Store& store, const RenderFn& render, std::string& out,
                      const std::function<void()>& row_done) {
     Printer(store, nullptr, render, out, row_done).write();
+}
+
+std::string leaf_document(const db::TableInfo& table, const plat::NamedValue& item) {
+    std::vector<std::string> containers;
+    const FieldInfo& f = field_of(table, item.name, &containers);
+    Node top;
+    const std::string leaf = item.name.substr(item.name.rfind('.') + 1);
+    top.members.push_back(
+        Member{std::string(k_module) + ":" + leaf, encode(f, item.value, std::string(table.name) + " \"" + item.name + "\"")});
+    std::string out;
+    print(out, top, 0);
+    return out + "\n";
 }
 
 }  // namespace zan::engine::rfc7951

@@ -36,13 +36,48 @@ std::vector<std::string> key_names(const TableInfo& t) {
 }
 
 // The positions a list stands at: at the top, or below a row of `parent`.
-std::vector<const TableInfo*> lists_below(const TableInfo* parent) {
-    std::vector<const TableInfo*> out;
-    for (const TableInfo* p : db::positions()) {
-        const bool top = !p->parent || p->parent->table == p->table;
-        if (parent ? (p->parent && p->parent->table == parent->table) : top) out.push_back(p);
+const std::vector<const TableInfo*>& lists_below(const TableInfo* parent) {
+    static const auto by_table = [] {
+        std::unordered_map<const TableInfo*, std::vector<const TableInfo*>> m;
+        for (const TableInfo* p : db::positions()) {
+            if (!p->parent || p->parent->table == p->table) m[nullptr].push_back(p);
+            if (p->parent) m[p->parent->table].push_back(p);
+        }
+        return m;
+    }();
+    static const std::vector<const TableInfo*> none;
+    const auto it = by_table.find(parent ? parent->table : nullptr);
+    return it == by_table.end() ? none : it->second;
+}
+
+// A leaf addressed as the resource: /<list>=<keys>/.../<list>=<keys>/<leaf>, containers on
+// the way as segments of their own.
+struct Leaf {
+    size_t entry;             // segments naming the entry
+    const TableInfo* table;   // the entry's table
+    std::string attribute;    // the containers and the leaf, joined by '.'
+};
+
+std::optional<Leaf> leaf_of(const Request& req) {
+    const TableInfo* at = nullptr;
+    for (size_t i = 0; i < req.path.size(); ++i) {
+        const Segment& s = req.path[i];
+        const TableInfo* pos = nullptr;
+        for (const TableInfo* p : lists_below(at))
+            if (p->segment == s.name) pos = p;
+        if (pos && s.keys) {
+            at = pos;
+            continue;
+        }
+        if (pos || !at) return std::nullopt;
+        Leaf leaf{i, at, ""};
+        for (; i < req.path.size(); ++i) {
+            if (req.path[i].keys || !req.path[i].module.empty()) return std::nullopt;
+            leaf.attribute += (leaf.attribute.empty() ? "" : ".") + req.path[i].name;
+        }
+        return leaf;
     }
-    return out;
+    return std::nullopt;
 }
 
 // The data path as written, up to and with segment n (from 1).
@@ -187,6 +222,69 @@ void descendants(const db::Store& store, const Row& row, uint32_t levels, std::v
     }
 }
 
+// The rows a data path names, through the dispatcher; 404 when it does not resolve.
+std::vector<const Row*> target_rows(const Context& ctx, const Request& req) {
+    const auto segments = engine_segments(req, ctx.module);
+    engine::Request er;
+    er.segments = segments;
+    const bool keyed = req.path.back().keys.has_value();
+    er.kind = keyed ? engine::k_kind_read_row : engine::k_kind_read;
+    const engine::Response r = ctx.engine.request(er);
+    const std::string path = written_path(req, req.path.size());
+    if (r.code != 1) {
+        std::string msg = "path '" + path + "' does not resolve: code " + std::to_string(r.code);
+        size_t at = req.path.size();
+        if (const auto stop = engine::stop_of(r, segments.size());
+            stop && stop->segment >= 1 && stop->segment <= segments.size()) {
+            msg += " at segment " + std::to_string(stop->segment) + " '" + req.path[stop->segment - 1].text +
+                   "': " + stop->reason;
+            at = stop->segment;
+        }
+        throw Failure{404, "protocol", "invalid-value", written_path(req, at), msg};
+    }
+    const auto w = engine::walk(*ctx.data.store, r.traversals);
+    if (w.error) throw Failure{500, "application", "operation-failed", path, "the walk failed: " + *w.error};
+    if (keyed && w.rows.empty())
+        throw Failure{404, "protocol", "invalid-value", path, "path '" + path + "': no such entry"};
+    return w.rows;
+}
+
+// A leaf of an entry. Read access is the attribute's: a secret leaf asked for by one who may
+// not see it is refused (403) rather than answered empty, as a node left out of a reply
+// whose target is that node would leave nothing to answer with.
+std::string leaf_document(const Context& ctx, const Request& req, const Leaf& leaf) {
+    const std::string path = written_path(req, req.path.size());
+    if (ctx.hidden && ctx.hidden(*leaf.table, leaf.attribute))
+        throw Failure{403, "application", "access-denied", path,
+                      "'" + leaf.attribute + "' of " + std::string(leaf.table->name) + " is not readable by this user"};
+    Request entry = req;
+    entry.path.resize(leaf.entry);
+    const std::vector<const Row*> rows = target_rows(ctx, entry);
+    if (req.query.fields) throw Failure{400, "protocol", "invalid-value", path, "fields: a leaf has no fields"};
+    if (req.query.content == Content::nonconfig) return "{}\n";
+    Renderer render(ctx);
+    std::vector<NamedValue> values;
+    try {
+        values = render.fields(*rows.front(), {leaf.attribute});
+    } catch (const Failure&) {
+        // No such attribute: the path is a path of lists, which the dispatcher answers.
+        target_rows(ctx, req);
+        throw Failure{404, "protocol", "invalid-value", written_path(req, leaf.entry + 1),
+                      "path '" + path + "' does not resolve at segment " + std::to_string(leaf.entry + 1) + " '" +
+                          req.path[leaf.entry].text + "': " + std::string(leaf.table->name) + " has no attribute '" +
+                          leaf.attribute + "'"};
+    }
+    const auto v = std::find_if(values.begin(), values.end(), [&](const NamedValue& x) { return x.name == leaf.attribute; });
+    if (v == values.end() || std::holds_alternative<plat::Null>(v->value.v))
+        throw Failure{404, "protocol", "invalid-value", path, "path '" + path + "': the entry has no '" +
+                                                                  leaf.attribute + "'"};
+    try {
+        return engine::rfc7951::leaf_document(*leaf.table, *v);
+    } catch (const engine::rfc7951::Error& e) {
+        throw Failure{404, "protocol", "invalid-value", path, e.what()};
+    }
+}
+
 std::string data_document(const Context& ctx, const Request& req) {
     const db::Store& store = *ctx.data.store;
     const Query& q = req.query;
@@ -203,33 +301,24 @@ std::string data_document(const Context& ctx, const Request& req) {
                 descendants(store, *row, q.depth ? *q.depth - 1 : UINT32_MAX, &rows);
             }
     } else {
-        const auto segments = engine_segments(req, ctx.module);
-        engine::Request er;
-        er.segments = segments;
-        const bool keyed = req.path.back().keys.has_value();
-        er.kind = keyed ? engine::k_kind_read_row : engine::k_kind_read;
-        const engine::Response r = ctx.engine.request(er);
-        const std::string path = written_path(req, req.path.size());
-        if (r.code != 1) {
-            std::string msg = "path '" + path + "' does not resolve: code " + std::to_string(r.code);
-            size_t at = req.path.size();
-            if (const auto stop = engine::stop_of(r, segments.size());
-                stop && stop->segment >= 1 && stop->segment <= segments.size()) {
-                msg += " at segment " + std::to_string(stop->segment) + " '" + req.path[stop->segment - 1].text +
-                       "': " + stop->reason;
-                at = stop->segment;
-            }
-            throw Failure{404, "protocol", "invalid-value", written_path(req, at), msg};
-        }
-        const auto w = engine::walk(store, r.traversals);
-        if (w.error) throw Failure{500, "application", "operation-failed", path, "the walk failed: " + *w.error};
-        if (keyed && w.rows.empty())
-            throw Failure{404, "protocol", "invalid-value", path, "path '" + path + "': no such entry"};
-        targets = w.rows;
+        if (const auto leaf = leaf_of(req)) return leaf_document(ctx, req, *leaf);
+        targets = target_rows(ctx, req);
         for (const Row* row : targets) {
             rows.push_back(row);
             if (!q.fields) descendants(store, *row, below, &rows);
         }
+    }
+    struct Turn {
+        Turns* turns = nullptr;
+        ~Turn() {
+            if (turns) turns->give();
+        }
+    } turn;
+    if (ctx.turns && rows.size() > k_rows_without_turn) {
+        if (!ctx.turns->take())
+            throw Failure{503, "transport", "resource-denied", "",
+                          "the server is busy: no turn came in the time a request may wait"};
+        turn.turns = ctx.turns;
     }
     Renderer render(ctx);
     engine::rfc7951::Rendered given;
@@ -350,7 +439,9 @@ Answer answer(const Context& ctx, const Request& req) {
             break;
         }
     } catch (const Failure& f) {
-        return error_answer(f.status, f.type, f.tag, f.path, f.message);
+        Answer e = error_answer(f.status, f.type, f.tag, f.path, f.message);
+        if (f.status == 503) e.headers.emplace_back("Retry-After", "1");
+        return e;
     }
     if (req.method == Method::options) {
         Answer o;

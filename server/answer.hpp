@@ -51,12 +51,23 @@ std::string errors_document(std::string_view type, std::string_view tag, std::st
 Answer error_answer(int status, std::string_view type, std::string_view tag, std::string_view path,
                     std::string_view message);
 
+// The turns of answers that render many rows: a few of them are made at once, the others
+// wait (their memory is what a burst of them holds). An answer of a few rows takes none.
+class Turns {
+public:
+    virtual ~Turns() = default;
+    virtual bool take() = 0;   // false: no turn in the time a request may wait
+    virtual void give() = 0;
+};
+inline constexpr size_t k_rows_without_turn = 16;
+
 struct Context {
     const engine::Engine& engine;
     const Datastore& data;
     const Module& module;
     const Hidden& hidden;
     std::string base;                       // "http://host:port" the client reached, for schema URLs
+    Turns* turns = nullptr;                 // nullptr: every answer at once
 };
 
 Answer answer(const Context& ctx, const Request& req);

@@ -1,5 +1,5 @@
-// The load test's baseline: the same HTTP library, thread pool and connection settings as
-// zanfe-restconf, answering every GET with a constant body read from a file (none: "{}").
+// The load test's baseline: the same HTTP library, thread pool, listen backlog and connection
+// settings as zanfe-restconf, answering every GET with a constant body read from a file (none: "{}").
 //   restconf-constant [--threads N] [BODY-FILE]
 // Prints "listening on http://127.0.0.1:PORT" once it listens on a free loopback port.
 #include <csignal>
@@ -9,6 +9,8 @@
 #include <string>
 
 #include <httplib.h>
+
+#include "backlog.hpp"
 
 int main(int argc, char** argv) {
     size_t threads = 8;
@@ -36,6 +38,7 @@ int main(int argc, char** argv) {
     });
     const int port = server.bind_to_any_port("127.0.0.1");
     if (port < 0) return 1;
+    zan::restconf::widen_backlog(port);
     std::printf("listening on http://127.0.0.1:%d\n", port);
     std::fflush(stdout);
     return server.listen_after_bind() ? 0 : 1;

@@ -4,7 +4,19 @@
 //
 // A program of its own beside zanfe rather than a zanfe command: it has a server's life
 // (signals, threads, a log), and keeps out of the tool's command line.
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
 #include <csignal>
+#include <arpa/inet.h>
+#include <dirent.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <malloc.h>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -18,6 +30,7 @@
 #include <httplib.h>
 
 #include "access.hpp"
+#include "backlog.hpp"
 #include "answer.hpp"
 #include "uri.hpp"
 #include "zan/config.hpp"
@@ -37,7 +50,11 @@ struct Options {
     std::string listen = "127.0.0.1";
     int port = 8080;
     bool trace = false;
-    int threads = 8;
+    int threads = 16;
+    std::optional<int> max_connections;   // default: --threads
+    int wait = 5000;             // milliseconds an answer of many rows may wait for its turn
+    int concurrent = 0;          // answers of many rows made at once (0: two a processor)
+    double rate = 2000;          // requests a second one connection may make (0: no limit)
     std::string log = "-";
     size_t max_body = 64 * 1024;
     int timeout = 10;            // seconds a read or a write of a request may take
@@ -56,7 +73,15 @@ const char* k_usage =
     "  --port N          port (default 8080; 0: any free port); the port taken is printed on standard output\n"
     "  --cert FILE --key FILE   serve HTTPS with this certificate and private key (PEM)\n"
     "  --users FILE      HTTP Basic authentication: lines 'name:crypt-hash:role', role reader or admin\n"
-    "  --threads N       worker threads (default 8)\n"
+    "  --threads N       worker threads (default 16); a connection holds one for its whole life\n"
+    "  --max-connections N  connections served at once (default: --threads); one more is answered\n"
+    "                    503 with Retry-After and closed\n"
+    "  --concurrent N    answers of more than 16 rows made at once, the others waiting their turn\n"
+    "                    in order (default: two a processor): what a burst of them holds in memory\n"
+    "  --wait MS         milliseconds such an answer may wait for its turn (default 5000); beyond\n"
+    "                    it 503 with Retry-After\n"
+    "  --rate N          requests a second one connection may make, a second's worth at once\n"
+    "                    (default 2000; 0: no limit); beyond it 429 with Retry-After\n"
     "  --access-log FILE one line per request (default -: standard error)\n"
     "  --max-body N      largest request body in bytes (default 65536)\n"
     "  --timeout S       seconds a read or write may take (default 10)\n"
@@ -98,6 +123,10 @@ Options parse(int argc, char** argv) {
         else if (a == "--key") o.key = value();
         else if (a == "--users") o.users = value();
         else if (a == "--threads") o.threads = int(number(a, value(), 1, 1024));
+        else if (a == "--max-connections") o.max_connections = int(number(a, value(), 1, 1000000));
+        else if (a == "--concurrent") o.concurrent = int(number(a, value(), 1, 1024));
+        else if (a == "--wait") o.wait = int(number(a, value(), 0, 3600000));
+        else if (a == "--rate") o.rate = double(number(a, value(), 0, 1000000000));
         else if (a == "--access-log") o.log = value();
         else if (a == "--max-body") o.max_body = size_t(number(a, value(), 0, 1L << 30));
         else if (a == "--timeout") o.timeout = int(number(a, value(), 1, 3600));
@@ -138,41 +167,56 @@ public:
         d->etag = tag;
         if (loaded.default_variant)
             zan::db::set_default_variant(zan::engine::Engine::context(), *loaded.default_variant);
+        std::lock_guard hold(current_mu_);
         current_ = std::move(d);
         return std::nullopt;
     }
     std::shared_ptr<const Datastore> now() const {
-        std::lock_guard lock(mu_);
+        // A mutex, not std::atomic<std::shared_ptr>: libstdc++'s spins, and with many more
+        // threads than processors a spinner holds the processor its holder waits for.
+        std::lock_guard hold(current_mu_);
         return current_;
     }
     size_t rows() const { return now()->store->size(); }
 
 private:
     std::optional<std::string> file_;
-    mutable std::mutex mu_;
+    std::mutex mu_;   // loads, one at a time
+    mutable std::mutex current_mu_;
     std::shared_ptr<const Datastore> current_;
     unsigned generation_ = 0;
 };
 
+// One write(2) a line, with no lock: a line goes out whole (an O_APPEND file, or a pipe
+// for a line shorter than PIPE_BUF), and no request waits for another's to be written.
 class Log {
 public:
     explicit Log(const std::string& file) {
         if (file == "-") {
-            out_ = stderr;
+            fd_ = STDERR_FILENO;
         } else {
-            out_ = std::fopen(file.c_str(), "a");
-            if (!out_) throw UsageError("cannot open the access log " + file + ": " + std::strerror(errno));
+            fd_ = ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+            if (fd_ < 0) throw UsageError("cannot open the access log " + file + ": " + std::strerror(errno));
         }
     }
-    void line(const std::string& text) {
-        std::lock_guard lock(mu_);
-        std::fprintf(out_, "%s\n", text.c_str());
-        std::fflush(out_);
+    ~Log() {
+        if (fd_ != STDERR_FILENO) ::close(fd_);
+    }
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+
+    void line(std::string text) {
+        text += '\n';
+        for (size_t done = 0; done < text.size();) {
+            const ssize_t n = ::write(fd_, text.data() + done, text.size() - done);
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) return;   // a log that cannot be written does not stop the answers
+            done += size_t(n);
+        }
     }
 
 private:
-    std::FILE* out_ = nullptr;
-    std::mutex mu_;
+    int fd_ = -1;
 };
 
 // Whether the Accept header takes the type (no header takes everything).
@@ -208,9 +252,57 @@ void send(httplib::Response& res, const Answer& a) {
     res.set_content(a.body, a.content_type.empty() ? "text/plain" : a.content_type);
 }
 
+// The answers of many rows made at once. The threads hold connections, mostly idle or
+// waiting on the network; rendering many rows takes a processor and memory, so that on a few
+// processors more of them at once would only share those and hold the memory of each.
+// Taken in the order asked (a semaphore lets a newcomer pass the ones waiting, for as long
+// as newcomers keep coming); each release wakes the one waiter next in line.
+class Gate : public Turns {
+public:
+    Gate(int slots, std::chrono::milliseconds wait) : free_(slots), wait_(wait) {}
+
+    bool take() override { return acquire(wait_); }
+    void give() override { release(); }
+
+    // Whether the turn came within `wait`; if not, the place in line is given up.
+    bool acquire(std::chrono::milliseconds wait) {
+        std::unique_lock lock(mu_);
+        if (free_ > 0 && line_.empty()) {
+            --free_;
+            return true;
+        }
+        Waiter me;
+        line_.push_back(&me);
+        if (me.turn.wait_for(lock, wait, [&] { return me.granted; })) return true;
+        line_.erase(std::find(line_.begin(), line_.end(), &me));
+        return false;
+    }
+    void release() {
+        std::lock_guard lock(mu_);
+        if (line_.empty()) {
+            ++free_;
+            return;
+        }
+        Waiter* next = line_.front();
+        line_.pop_front();
+        next->granted = true;   // the slot passes to it as it is
+        next->turn.notify_one();
+    }
+
+private:
+    struct Waiter {
+        std::condition_variable turn;
+        bool granted = false;
+    };
+    std::mutex mu_;
+    int free_;
+    const std::chrono::milliseconds wait_;
+    std::deque<Waiter*> line_;
+};
+
 // One request: translation, authentication, media types, the answer, and 304.
 Answer serve(const httplib::Request& req, const Served& served, const zan::engine::Engine& engine,
-             const Module& module, const Users* users, bool tls, std::string* user) {
+             const Module& module, const Users* users, bool tls, std::string* user, Gate& gate) {
     const size_t q = req.target.find('?');
     const std::string path = req.target.substr(0, q);
     const std::string query = q == std::string::npos ? "" : req.target.substr(q + 1);
@@ -239,7 +331,7 @@ Answer serve(const httplib::Request& req, const Served& served, const zan::engin
     const std::shared_ptr<const Datastore> data = served.now();
     const Hidden hidden = role == Role::admin ? Hidden{} : Hidden{secret_attribute};
     const Context ctx{engine, *data, module, hidden,
-                      std::string(tls ? "https://" : "http://") + req.get_header_value("Host")};
+                      std::string(tls ? "https://" : "http://") + req.get_header_value("Host"), &gate};
     Answer a = answer(ctx, r);
     if (a.status == 200 && !a.content_type.empty() && !accepts(req, a.content_type))
         return error_answer(406, "protocol", "invalid-value", "",
@@ -269,6 +361,94 @@ std::string log_line(const httplib::Request& req, const httplib::Response& res, 
 
 // Who the request this thread serves authenticated as, for its log line.
 thread_local std::string user;
+
+// The connection this thread serves: cpp-httplib runs a connection on one worker from accept
+// to close, keep-alive requests included, so what is per connection lives in the thread.
+struct Connection {
+    bool refused = false;   // beyond the connection cap: every request is answered 503
+    double tokens = -1;     // the rate's bucket; -1: full, no request made yet
+    std::chrono::steady_clock::time_point last;
+
+    // Whether one more request fits the rate (requests a second, a second's worth at once).
+    bool take(double rate) {
+        if (rate <= 0) return true;
+        const auto now = std::chrono::steady_clock::now();
+        tokens = tokens < 0 ? rate : std::min(rate, tokens + rate * std::chrono::duration<double>(now - last).count());
+        last = now;
+        if (tokens < 1) return false;
+        tokens -= 1;
+        return true;
+    }
+};
+thread_local Connection connection;
+
+// The socket a request came on, found by its client's address and port (-1: none). cpp-httplib
+// does not hand it to a handler, and a "Connection: close" the handler sets does not close it.
+int socket_of(const httplib::Request& req) {
+    DIR* dir = ::opendir("/proc/self/fd");
+    if (!dir) return -1;
+    int found = -1;
+    while (const dirent* e = ::readdir(dir)) {
+        const int fd = std::atoi(e->d_name);
+        if (fd <= STDERR_FILENO) continue;
+        sockaddr_storage peer{};
+        socklen_t len = sizeof peer;
+        if (::getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &len) != 0) continue;
+        char host[INET6_ADDRSTRLEN] = "";
+        int port = -1;
+        if (peer.ss_family == AF_INET) {
+            const auto* in = reinterpret_cast<const sockaddr_in*>(&peer);
+            ::inet_ntop(AF_INET, &in->sin_addr, host, sizeof host);
+            port = ntohs(in->sin_port);
+        } else if (peer.ss_family == AF_INET6) {
+            const auto* in = reinterpret_cast<const sockaddr_in6*>(&peer);
+            ::inet_ntop(AF_INET6, &in->sin6_addr, host, sizeof host);
+            port = ntohs(in->sin6_port);
+        }
+        if (port == req.remote_port && req.remote_addr == host) {
+            found = fd;
+            break;
+        }
+    }
+    ::closedir(dir);
+    return found;
+}
+
+// The workers, and the cap on connections. A connection beyond the cap is not queued behind
+// the ones served (it would wait for one of them to close, however long that takes): it goes
+// to a lane of its own, which answers its request 503 and closes it.
+class Workers : public httplib::TaskQueue {
+public:
+    Workers(size_t threads, size_t cap) : pool_(threads), refusals_(2), cap_(cap) {}
+
+    // Called by the one thread that accepts connections.
+    void enqueue(std::function<void()> fn) override {
+        if (live_.load() >= cap_) {
+            refusals_.enqueue([fn = std::move(fn)] {
+                connection = Connection{};
+                connection.refused = true;
+                fn();
+            });
+            return;
+        }
+        ++live_;
+        pool_.enqueue([this, fn = std::move(fn)] {
+            connection = Connection{};
+            fn();
+            --live_;
+        });
+    }
+    void shutdown() override {
+        pool_.shutdown();
+        refusals_.shutdown();
+    }
+
+private:
+    httplib::ThreadPool pool_;
+    httplib::ThreadPool refusals_;
+    const size_t cap_;
+    std::atomic<size_t> live_{0};
+};
 
 void print_trace(const zan::plat::TraceRecord& r) {
     std::fprintf(stderr, "trace 0x%x %s: %s\n", r.level, r.unit.c_str(), r.text.c_str());
@@ -303,8 +483,15 @@ int run(int argc, char** argv) {
     } else {
         server = std::make_unique<httplib::Server>();
     }
-    const int threads = o.threads;
-    server->new_task_queue = [threads] { return new httplib::ThreadPool(size_t(threads)); };
+    const int concurrent = o.concurrent ? o.concurrent : std::max(2, 2 * int(std::thread::hardware_concurrency()));
+    Gate gate(concurrent, std::chrono::milliseconds(o.wait));
+    // As many allocator arenas as answers made at once: each answer's memory comes back to
+    // an arena the next answer takes it from, rather than each of the many threads leaving
+    // its own arena at the largest answer it made.
+    mallopt(M_ARENA_MAX, concurrent);
+    const size_t threads = size_t(o.threads);
+    const size_t cap = size_t(o.max_connections.value_or(o.threads));
+    server->new_task_queue = [threads, cap] { return new Workers(threads, cap); };
     server->set_payload_max_length(o.max_body);
     server->set_read_timeout(o.timeout, 0);
     server->set_write_timeout(o.timeout, 0);
@@ -316,8 +503,24 @@ int run(int argc, char** argv) {
     // (Bodies are read, and held to --max-body, only for the methods that carry one.)
     const httplib::Server::Handler handle = [&](const httplib::Request& req, httplib::Response& res) {
         user.clear();
+        if (connection.refused) {
+            Answer a = error_answer(503, "transport", "resource-denied", "",
+                                    "too many connections: " + std::to_string(cap) + " at most; try again later");
+            a.headers.emplace_back("Retry-After", "1");
+            a.headers.emplace_back("Connection", "close");
+            send(res, a);
+            return;
+        }
+        if (!connection.take(o.rate)) {
+            Answer a = error_answer(429, "transport", "resource-denied", "",
+                                    "too many requests on this connection: " + std::to_string(long(o.rate)) +
+                                        " a second at most");
+            a.headers.emplace_back("Retry-After", "1");
+            send(res, a);
+            return;
+        }
         try {
-            send(res, serve(req, served, engine, module, users.get(), tls, &user));
+            send(res, serve(req, served, engine, module, users.get(), tls, &user, gate));
         } catch (const std::exception& e) {
             send(res, error_answer(500, "application", "operation-failed", "", e.what()));
         }
@@ -336,10 +539,15 @@ int run(int argc, char** argv) {
     }));
     server->set_logger([&](const httplib::Request& req, const httplib::Response& res) {
         log.line(log_line(req, res, user));
+        // A refused connection is closed once answered (the logger runs after the answer is
+        // written): the next request on it reads as the end of the stream.
+        if (connection.refused)
+            if (const int fd = socket_of(req); fd >= 0) ::shutdown(fd, SHUT_RD);
     });
 
     const int port = o.port == 0 ? server->bind_to_any_port(o.listen) : (server->bind_to_port(o.listen, o.port) ? o.port : -1);
     if (port < 0) throw std::runtime_error("cannot listen on " + o.listen + " port " + std::to_string(o.port));
+    widen_backlog(port);
     std::printf("listening on %s://%s:%d\n", tls ? "https" : "http", o.listen.c_str(), port);
     std::fflush(stdout);
 

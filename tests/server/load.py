@@ -57,7 +57,8 @@ def wrk(proc, url, seconds, connections):
          "requests": int(re.search(r"(\d+) requests in", out).group(1)),
          "non2xx": int(m.group(1)) if (m := re.search(r"Non-2xx or 3xx responses: (\d+)", out)) else 0,
          "errors": sum(int(x) for x in m.groups()) if (m := re.search(
-             r"Socket errors: connect (\d+), read (\d+), write (\d+), timeout (\d+)", out)) else 0}
+             r"Socket errors: connect (\d+), read (\d+), write (\d+), timeout (\d+)", out)) else 0,
+         "error_kinds": m.group(0) if m else ""}
     q = max(1, len(samples) // 4)
     r["rss_first"] = sum(samples[:q]) / q if samples else 0
     r["rss_last"] = sum(samples[-q:]) / q if samples else 0
@@ -75,8 +76,9 @@ def main():
 
     keyed = "/restconf/data/zan-config:vrf=red?depth=1"
     table = "/restconf/data/zan-config:vrf"
+    # Room for wrk's connections of one run while the last run's are let go.
     server, port = start([a.restconf, "--port", "0", "--threads", str(a.threads), "--keep-alive", "1000000",
-                          "--access-log", "/dev/null"])
+                          "--max-connections", str(2 * a.connections), "--access-log", "/dev/null"])
     results = {}
     failed = []
     try:
@@ -105,7 +107,7 @@ def main():
         print(f"| {name} | {r['rps']:.0f} | {r['p50']:.2f} | {r['p99']:.2f} | {r['requests']} | {r['errors']} | "
               f"{r['non2xx']} | {r['rss_first']:.0f} / {r['rss_last']:.0f} |")
         if r["errors"] or r["non2xx"]:
-            failed.append(f"{name}: {r['errors']} socket errors, {r['non2xx']} non-2xx answers")
+            failed.append(f"{name}: {r['errors']} socket errors ({r['error_kinds']}), {r['non2xx']} non-2xx answers")
         # A run of a few seconds is mostly the threads' warm-up: memory is judged on long runs.
         if a.seconds >= 10 and r["rss_last"] > r["rss_first"] * 1.10 + 2048:
             failed.append(f"{name}: resident memory grew from {r['rss_first']:.0f} to {r['rss_last']:.0f} kB")

@@ -13,10 +13,12 @@ import json
 import os
 import re
 import signal
+import socket
 import ssl
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 import urllib.parse
@@ -128,7 +130,7 @@ class RestconfBase(unittest.TestCase):
         err = json.loads(body)["ietf-restconf:errors"]["error"]
         self.assertEqual(len(err), 1)
         self.assertEqual(err[0]["error-tag"], tag)
-        self.assertIn(err[0]["error-type"], ("protocol", "application"))
+        self.assertIn(err[0]["error-type"], ("transport", "rpc", "protocol", "application"))
         self.assertRegex(err[0]["error-message"], message_re)
         if path is not None:
             self.assertEqual(err[0].get("error-path"), path)
@@ -398,6 +400,138 @@ class Redaction(RestconfBase):
         for leaf in r:
             self.assertFalse(catalogue.secret_name(attribute(leaf)), leaf)
         self.assertTrue(any("password" in h for h in hidden), sorted(hidden)[:10])
+
+
+    def test_a_secret_leaf_as_the_target_is_403_for_a_reader(self):
+        # A row with a secret leaf (in containers, as the secrets here are) and an open one.
+        def leaves_of(node, at=()):
+            for k, v in node.items():
+                if isinstance(v, dict):
+                    yield from leaves_of(v, at + (k,))
+                elif not (isinstance(v, list) and v and isinstance(v[0], dict)):
+                    yield at + (k,), v
+        for p in json.loads(run(ZANFE, "dump", "--json", "--db", self.db).stdout):
+            url = "/restconf/data/" + url_of(p)
+            entry = next(iter(json.loads(self.srv.request("GET", url + "?depth=1", auth("ada"))[2]).values()))[0]
+            leaves = dict(leaves_of(entry))
+            secret = [k for k in leaves if catalogue.secret_name(".".join(k))]
+            open_ = [k for k in leaves if not catalogue.secret_name(".".join(k))]
+            if secret and open_:
+                break
+        else:
+            self.fail("no row has a secret leaf")
+        for user, leaf, status in [("ada", secret[0], 200), ("ada", open_[-1], 200),
+                                   ("rex", open_[-1], 200), ("rex", secret[0], 403)]:
+            with self.subTest(user=user, leaf=leaf):
+                got = self.srv.request("GET", url + "/" + "/".join(leaf), auth(user))
+                if status == 403:
+                    self.assert_error(got, 403, "access-denied", "not readable",
+                                      path=urllib.parse.unquote(url[len("/restconf/data"):]) + "/" + "/".join(leaf))
+                else:
+                    self.assertEqual(got[0], status, got[2])
+                    self.assertEqual(json.loads(got[2]), {"zan-config:" + leaf[-1]: leaves[leaf]})
+        # Through fields the secret is a node of the reply, left out for a reader.
+        for user, has in [("ada", True), ("rex", False)]:
+            with self.subTest(fields=user):
+                code, _, body = self.srv.request(
+                    "GET", f"{url}?fields={'/'.join(secret[0])};{'/'.join(open_[-1])}", auth(user))
+                self.assertEqual(code, 200, body)
+                got = dict(leaves_of(next(iter(json.loads(body).values()))[0]))
+                self.assertEqual(secret[0] in got, has, got)
+                self.assertEqual(got[open_[-1]], leaves[open_[-1]])
+        # A leaf nobody has: the dispatcher's 404, for either role.
+        for user in ("ada", "rex"):
+            self.assert_error(self.srv.request("GET", f"{url}/no_such_leaf", auth(user)), 404, "invalid-value",
+                              "does not resolve")
+
+
+class Limits(RestconfBase):
+    """Connections beyond the cap, and requests beyond a connection's rate, with real clients."""
+
+    def test_a_connection_beyond_the_cap_is_503_and_a_freed_place_is_taken(self):
+        srv = Server(self.tmp.name, "--threads", "2", "--max-connections", "2")
+        held = []
+        try:
+            for _ in range(2):
+                c = srv.conn()
+                c.request("GET", "/restconf")
+                r = c.getresponse()
+                r.read()
+                self.assertEqual(r.status, 200)
+                held.append(c)   # kept alive: each holds a worker
+            # A raw socket, that does not close on "Connection: close" itself: the server does.
+            with socket.create_connection(("127.0.0.1", srv.port), timeout=20) as raw:
+                raw.sendall(b"GET /restconf HTTP/1.1\r\nHost: x\r\n\r\n")
+                answer = b""
+                while chunk := raw.recv(65536):
+                    answer += chunk
+            head, body = answer.decode().split("\r\n\r\n", 1)
+            code = int(head.split()[1])
+            h = {k.lower(): v.strip() for k, v in (line.split(":", 1) for line in head.split("\r\n")[1:])}
+            self.assertEqual((code, h.get("retry-after"), h.get("connection")), (503, "1", "close"), body)
+            self.assert_error((code, h, body), 503, "resource-denied", "too many connections: 2 at most")
+            held.pop().close()
+            for _ in range(200):   # the worker lets the connection go once it sees it closed
+                code = srv.request("GET", "/restconf")[0]
+                if code == 200:
+                    break
+                time.sleep(0.05)
+            self.assertEqual(code, 200)
+        finally:
+            for c in held:
+                c.close()
+            self.assertEqual(srv.stop(), 0)
+
+    def test_requests_beyond_the_rate_of_a_connection_are_429(self):
+        srv = Server(self.tmp.name, "--rate", "2")
+        try:
+            c = srv.conn()
+            got = []
+            for _ in range(10):
+                c.request("GET", "/restconf")
+                r = c.getresponse()
+                got.append((r.status, r.getheader("Retry-After"), r.read().decode()))
+            c.close()
+            self.assertEqual(got[0][0], 200)
+            refused = [g for g in got if g[0] != 200]
+            self.assertTrue(refused, [g[0] for g in got])
+            for status, retry, body in refused:
+                self.assert_error((status, {"content-type": JSON}, body), 429, "resource-denied",
+                                  "too many requests on this connection: 2 a second")
+                self.assertEqual(retry, "1")
+            # The rate is the connection's: another one starts with its own.
+            self.assertEqual(srv.request("GET", "/restconf")[0], 200)
+        finally:
+            self.assertEqual(srv.stop(), 0)
+
+
+    def test_a_request_that_finds_no_turn_in_time_is_503(self):
+        # One answer at a time, none waiting: of requests for the whole datastore made at
+        # once, those that come while another is answered are refused.
+        srv = Server(self.tmp.name, "--threads", "8", "--concurrent", "1", "--wait", "0")
+        try:
+            got = []
+            for _ in range(20):
+                start = threading.Barrier(8)
+
+                def one():
+                    start.wait()
+                    got.append(srv.request("GET", "/restconf/data"))
+                threads = [threading.Thread(target=one) for _ in range(8)]
+                for t in threads:
+                    t.start()
+                for t in threads:
+                    t.join()
+                if any(g[0] == 503 for g in got):
+                    break
+            self.assertIn(200, [g[0] for g in got])
+            busy = [g for g in got if g[0] != 200]
+            self.assertTrue(busy)
+            for g in busy:
+                self.assert_error(g, 503, "resource-denied", "the server is busy: no turn came")
+                self.assertEqual(g[1]["retry-after"], "1")
+        finally:
+            self.assertEqual(srv.stop(), 0)
 
 
 class Lifecycle(RestconfBase):

@@ -57,4 +57,9 @@ std::string document(const db::Store& store, const Rendered& rows, const RenderF
 void document_of_all(const db::Store& store, const RenderFn& render, std::string& out,
                      const std::function<void()>& row_done);
 
+// The document of one attribute of a row of the table on its own (a leaf addressed as the
+// resource): {"zan-config:<leaf>": value}. Throws Error for an attribute with no leaf, or a
+// value that does not fit it.
+std::string leaf_document(const db::TableInfo& table, const plat::NamedValue& item);
+
 }  // namespace zan::engine::rfc7951
