@@ -109,7 +109,8 @@ std::string bit_names(const TypeInfo& t, uint64_t bits, const std::string& where
     for (size_t b = 0; b < 64; ++b) {
         if (!(bits >> b & 1)) continue;
         if (b >= t.values.size()) fail(where + ": bit " + std::to_string(b) + " is no flag of " + std::string(t.name));
-        out += (out.empty() ? "" : " ") + std::string(t.values[b]);
+        if (!out.empty()) out += ' ';
+        out += t.values[b];
     }
     return out;
 }

@@ -515,11 +515,14 @@ TEST(ToolDump, EveryRowByItsOwnPath) {
 // A dump many times the size of the blocks it is printed in: every row once, in the same
 // order in the text and JSON forms, and the RFC 7951 form one document with every entry
 // under its parent.
+// "v<i>", the VRF name of entry i.
+static std::string vrf_name(size_t i) { return std::string("v").append(std::to_string(i)); }
+
 TEST(ToolDump, ALargeConfigurationPrintsEveryRowOnceInEveryForm) {
     constexpr size_t k_vrf_rows = 2000;
     nlohmann::json vrfs = nlohmann::json::array();
     for (size_t i = 0; i < k_vrf_rows; ++i)
-        vrfs.push_back({{"vrf_key_vrf_name", "v" + std::to_string(i)},
+        vrfs.push_back({{"vrf_key_vrf_name", vrf_name(i)},
                         {"children", {{"tbl_ci_vrf_afi_mode_eol", {{{"vrf_af_afi", 1 + i % 2}}}}}}});
     TempFile cfg(nlohmann::json{{"tbl_ci_vrf_eol", vrfs}}.dump());
 
@@ -531,7 +534,7 @@ TEST(ToolDump, ALargeConfigurationPrintsEveryRowOnceInEveryForm) {
     for (const auto& [path, row] : j.items()) {
         json_paths.push_back(path);
         if (path.find("/vrf_afi[") != std::string::npos) continue;
-        EXPECT_EQ(row["vrf_key_vrf_name"], "v" + std::to_string(next_vrf)) << path;
+        EXPECT_EQ(row["vrf_key_vrf_name"], vrf_name(next_vrf)) << path;
         ++next_vrf;
     }
     EXPECT_EQ(next_vrf, k_vrf_rows);
@@ -547,7 +550,7 @@ TEST(ToolDump, ALargeConfigurationPrintsEveryRowOnceInEveryForm) {
     ASSERT_EQ(entries.size(), k_vrf_rows);
     for (size_t i = 0; i < k_vrf_rows; ++i) {
         SCOPED_TRACE(i);
-        EXPECT_EQ(entries[i]["vrf_key_vrf_name"], "v" + std::to_string(i));
+        EXPECT_EQ(entries[i]["vrf_key_vrf_name"], vrf_name(i));
         ASSERT_EQ(entries[i]["vrf_afi"].size(), 1u);
         EXPECT_EQ(entries[i]["vrf_afi"][0]["vrf_af_afi"], 1 + i % 2);
     }
