@@ -208,30 +208,6 @@ const FieldInfo& field_of(const TableInfo& table, const std::string& name, std::
     fail(std::string(table.name) + ": attribute \"" + name + "\" has no leaf in the module");
 }
 
-std::vector<std::string> key_names(const TableInfo& t) {
-    std::vector<std::string> out;
-    if (t.key_kind == db::KeyKind::compound)
-        for (const FieldInfo* p : t.key_parts) out.emplace_back(p->name);
-    else
-        out.emplace_back(t.key_name);
-    return out;
-}
-
-// The positions whose lists stand in the entries of each table (nullptr: at the top), in
-// the module's order. A table that is its own parent has its position both at the top and
-// in its own entries.
-const std::unordered_map<const TableInfo*, std::vector<const TableInfo*>>& positions_in() {
-    static const auto by_parent = [] {
-        std::unordered_map<const TableInfo*, std::vector<const TableInfo*>> m;
-        for (const TableInfo* p : db::positions()) {
-            if (!p->parent || p->parent->table == p->table) m[nullptr].push_back(p);
-            if (p->parent) m[p->parent->table].push_back(p);
-        }
-        return m;
-    }();
-    return by_parent;
-}
-
 // Writes the document entry by entry: an entry's attributes are made a tree of their own
 // (the containers of the dotted names) and written, then its child lists as they are
 // reached, so that what is held at a time is one row's attributes and the lists on the path
@@ -316,15 +292,14 @@ private:
     // members written in all.
     size_t lists(const TableInfo* table, const db::Row* parent, int depth, const std::string& qualifier,
                  size_t members) {
-        const auto in = positions_in().find(table);
-        if (in == positions_in().end()) return members;
+        const auto& in = lists_below(table);
         const std::string pad(2 * depth + 2, ' ');
         const std::string item_pad(2 * depth + 4, ' ');
         std::vector<std::string_view> written;
-        for (const TableInfo* first : in->second) {
+        for (const TableInfo* first : in) {
             if (std::find(written.begin(), written.end(), first->segment) != written.end()) continue;
             std::vector<const db::Row*> entries;
-            for (const TableInfo* p : in->second)
+            for (const TableInfo* p : in)
                 if (p->segment == first->segment) rows_of(*p, parent, entries);
             if (entries.empty()) continue;
             written.push_back(first->segment);
@@ -395,6 +370,29 @@ private:
 };
 
 }  // namespace
+
+std::vector<std::string> key_names(const TableInfo& t) {
+    std::vector<std::string> out;
+    if (t.key_kind == db::KeyKind::compound)
+        for (const FieldInfo* p : t.key_parts) out.emplace_back(p->name);
+    else
+        out.emplace_back(t.key_name);
+    return out;
+}
+
+const std::vector<const TableInfo*>& lists_below(const TableInfo* table) {
+    static const auto by_parent = [] {
+        std::unordered_map<const TableInfo*, std::vector<const TableInfo*>> m;
+        for (const TableInfo* p : db::positions()) {
+            if (!p->parent || p->parent->table == p->table) m[nullptr].push_back(p);
+            if (p->parent) m[p->parent->table].push_back(p);
+        }
+        return m;
+    }();
+    static const std::vector<const TableInfo*> none;
+    const auto it = by_parent.find(table);
+    return it == by_parent.end() ? none : it->second;
+}
 
 std::string document(const db::Store& store, const Rendered& rows, const RenderFn& render_ancestor) {
     std::string out;

@@ -26,28 +26,11 @@ struct Failure {
     std::string type, tag, path, message;
 };
 
-std::vector<std::string> key_names(const TableInfo& t) {
-    std::vector<std::string> out;
-    if (t.key_kind == db::KeyKind::compound)
-        for (const auto* p : t.key_parts) out.emplace_back(p->name);
-    else
-        out.emplace_back(t.key_name);
-    return out;
-}
+using engine::rfc7951::key_names;
 
 // The positions a list stands at: at the top, or below a row of `parent`.
 const std::vector<const TableInfo*>& lists_below(const TableInfo* parent) {
-    static const auto by_table = [] {
-        std::unordered_map<const TableInfo*, std::vector<const TableInfo*>> m;
-        for (const TableInfo* p : db::positions()) {
-            if (!p->parent || p->parent->table == p->table) m[nullptr].push_back(p);
-            if (p->parent) m[p->parent->table].push_back(p);
-        }
-        return m;
-    }();
-    static const std::vector<const TableInfo*> none;
-    const auto it = by_table.find(parent ? parent->table : nullptr);
-    return it == by_table.end() ? none : it->second;
+    return engine::rfc7951::lists_below(parent ? parent->table : nullptr);
 }
 
 // A leaf addressed as the resource: /<list>=<keys>/.../<list>=<keys>/<leaf>, containers on

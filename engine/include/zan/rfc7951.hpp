@@ -38,6 +38,13 @@ struct Error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// The names of a table's key attributes: the parts of a compound key in order, or the one.
+std::vector<std::string> key_names(const db::TableInfo& t);
+// The positions whose lists stand in the entries of a table's rows (nullptr: at the top
+// level), in the module's order. A table that is its own parent has its position both at
+// the top and in its own entries.
+const std::vector<const db::TableInfo*>& lists_below(const db::TableInfo* table);
+
 using Rendered = std::unordered_map<const db::Row*, std::vector<plat::NamedValue>>;
 // Renders a row that is not among the rows printed but stands above one of them: only its
 // key attributes are kept.
