@@ -133,18 +133,23 @@ struct gx_do_strbuf {
 
     // `text` may lie in the buffer itself: it is read before the old storage is freed.
     void append(const char* text, size_t n) {
-        if (len + n >= cap) [[unlikely]] {
-            size_t want = size_t(cap) * 2;
-            while (want <= len + n) want *= 2;
-            char* bigger = new char[want];
-            std::memcpy(bigger, data, len);
-            std::memcpy(bigger + len, text, n);
-            if (data != inline_) delete[] data;
-            data = bigger;
-            cap = uint32_t(want);
-        } else {
-            std::memmove(data + len, text, n);
-        }
+        if (len + n >= cap) [[unlikely]]
+            return append_growing(text, n);
+        std::memmove(data + len, text, n);
+        len += uint32_t(n);
+        data[len] = '\0';
+    }
+
+private:
+    [[gnu::noinline, gnu::cold]] void append_growing(const char* text, size_t n) {
+        size_t want = size_t(cap) * 2;
+        while (want <= len + n) want *= 2;
+        char* bigger = new char[want];
+        std::memcpy(bigger, data, len);
+        std::memcpy(bigger + len, text, n);
+        if (data != inline_) delete[] data;
+        data = bigger;
+        cap = uint32_t(want);
         len += uint32_t(n);
         data[len] = '\0';
     }
@@ -440,6 +445,12 @@ void release_spared(Spares<T>& spares, T* obj, Counter live) {
 
 int32_t as_count(size_t n) { return int32_t(n); }
 
+// Makes room for one more element away from the adder's own path.
+template <class V>
+[[gnu::noinline, gnu::cold]] void grow(V& v) {
+    v.reserve(v.size() * 2 + 8);
+}
+
 }  // namespace
 
 extern "C" {
@@ -487,7 +498,10 @@ void gx_do_nlist_clear(gx_do_nlist* list) {
 int32_t gx_do_nlist_add_string(gx_do_nlist* list, const char* text) {
     if (!list || !text || hit(fp_nlist_add_string)) return 0;
     const size_t n = std::strlen(text);
-    list->names.push_back(NameEntry{list->texts.keep(text, n), uint32_t(n)});
+    const NameEntry e{list->texts.keep(text, n), uint32_t(n)};
+    if (list->names.size() == list->names.capacity()) [[unlikely]]
+        grow(list->names);
+    list->names.push_back(e);
     return 1;
 }
 
