@@ -43,6 +43,14 @@ public:
         return at;
     }
 
+    // Takes back the room of a text that was the last one kept (a name removed from the end).
+    void forget(const char* text, size_t n) {
+        if (text + n + 1 == room_) {
+            room_ -= n + 1;
+            left_ += n + 1;
+        }
+    }
+
     void clear() {
         room_ = first_;
         left_ = sizeof first_;
@@ -514,7 +522,14 @@ gx_do_name* gx_do_nlist_get_name(gx_do_nlist* list, int32_t index) {
 
 int32_t gx_do_nlist_remove(gx_do_nlist* list, int32_t index) {
     if (!list || index < 0 || size_t(index) >= list->names.size()) return -1;
+    const NameEntry gone = list->names[size_t(index)];
     list->names.erase(list->names.begin() + index);
+    // A list that names are added to and removed from for long does not grow its texts: the
+    // last text is taken back, and all of them when the list is empty.
+    if (list->names.empty())
+        list->texts.clear();
+    else if (gone.text)
+        list->texts.forget(gone.text, gone.len);
     return 0;
 }
 
