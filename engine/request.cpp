@@ -149,11 +149,18 @@ Walk walk(const zan::db::Store& store, const std::vector<zan::plat::TraversalVie
         if (parent_id && parent_id->luid_set) {
             if (!started || !same_luid(parent_id->type_luid, w.table->luid))
                 return stop("parent table is not the table of the step before");
-            for (const zan::db::Row* parent : w.rows) {
-                const auto rows = key ? store.with_key_under(*table, parent, *key) : store.children(*table, parent);
-                next.insert(next.end(), rows.begin(), rows.end());
+            auto under = [&](const zan::db::Row* parent) {
+                return key ? store.with_key_under(*table, parent, *key) : store.children(*table, parent);
+            };
+            if (w.rows.size() == 1) {
+                next = under(w.rows.front());   // one parent, the common case: its rows as they come
+            } else {
+                for (const zan::db::Row* parent : w.rows) {
+                    const auto rows = under(parent);
+                    next.insert(next.end(), rows.begin(), rows.end());
+                }
+                in_store_order(next, w.rows.size());
             }
-            in_store_order(next, w.rows.size());
         } else if (key) {
             // A table without a parent link: its rows with the key, under any parent.
             next = store.with_key(*table, *key);

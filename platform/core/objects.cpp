@@ -15,51 +15,97 @@ using zan::plat::Value;
 using zan::plat::ValueList;
 using namespace zan::plat::detail;
 
-// An entry of a name list. Engines may hand in names that carry no text at all; the
-// front end has to stop at such a name, so the list can hold one.
-// Names up to 55 characters (every table marker and segment name) stay inside the entry;
-// longer ones take a heap copy.
-class NameEntry {
+// The texts of a name list, each written once with its terminator into blocks that do not
+// move while the list lives: a name handed out stays valid until the list is cleared or
+// released. Clearing keeps the blocks for the next names.
+class NameTexts {
 public:
-    static NameEntry textless() { return NameEntry(); }
-    explicit NameEntry(std::string_view text) : len_(uint32_t(text.size())), has_text_(true) {
-        char* to = text.size() < sizeof inline_ ? inline_ : (heap_ = new char[text.size() + 1]);
-        std::memcpy(to, text.data(), text.size());
-        to[text.size()] = '\0';
-    }
-    NameEntry(NameEntry&& o) noexcept { take(o); }
-    NameEntry& operator=(NameEntry&& o) noexcept {
-        if (this != &o) {
-            delete[] heap_;
-            take(o);
+    NameTexts() = default;
+    NameTexts(const NameTexts&) = delete;
+    NameTexts& operator=(const NameTexts&) = delete;
+    ~NameTexts() {
+        for (Block* b = spill_; b;) {
+            Block* next = b->next;
+            ::operator delete(b);
+            b = next;
         }
-        return *this;
     }
-    ~NameEntry() { delete[] heap_; }
 
-    bool has_text() const { return has_text_; }
-    const char* c_str() const { return heap_ ? heap_ : inline_; }
-    std::string_view view() const { return {c_str(), len_}; }
+    // A copy of the n characters at text, terminated.
+    const char* keep(const char* text, size_t n) {
+        if (n >= left_) [[unlikely]]
+            next_block(n + 1);
+        char* at = room_;
+        std::memcpy(at, text, n);
+        at[n] = '\0';
+        room_ += n + 1;
+        left_ -= n + 1;
+        return at;
+    }
+
+    // Takes back the room of a text that was the last one kept (a name removed from the end).
+    void forget(const char* text, size_t n) {
+        if (text + n + 1 == room_) {
+            room_ -= n + 1;
+            left_ += n + 1;
+        }
+    }
+
+    void clear() {
+        room_ = first_;
+        left_ = sizeof first_;
+        current_ = nullptr;
+    }
+
+    // Bytes held beside the object itself.
+    size_t spilled() const { return spilled_; }
 
 private:
-    NameEntry() = default;
-    void take(NameEntry& o) {
-        heap_ = o.heap_;
-        len_ = o.len_;
-        has_text_ = o.has_text_;
-        if (!heap_) std::memcpy(inline_, o.inline_, len_ + 1);
-        o.heap_ = nullptr;
+    struct Block {
+        Block* next;
+        size_t size;
+        char* data() { return reinterpret_cast<char*>(this + 1); }
+    };
+
+    // Moves to the next kept block that can hold `need` bytes, or makes one.
+    [[gnu::noinline]] void next_block(size_t need) {
+        Block** link = current_ ? &current_->next : &spill_;
+        while (*link && (*link)->size < need) link = &(*link)->next;
+        if (!*link) {
+            const size_t size = std::max(need, spilled_ < 2048 ? size_t(2048) : spilled_);
+            auto* b = static_cast<Block*>(::operator new(sizeof(Block) + size));
+            b->next = nullptr;
+            b->size = size;
+            *link = b;
+            spilled_ += size;
+        }
+        current_ = *link;
+        room_ = current_->data();
+        left_ = current_->size;
     }
 
-    char* heap_ = nullptr;
-    uint32_t len_ = 0;
-    bool has_text_ = false;
-    char inline_[56] = {};
+    char* room_ = first_;
+    size_t left_ = sizeof first_;
+    Block* current_ = nullptr;   // the spill block being filled; NULL while in first_
+    Block* spill_ = nullptr;     // spill blocks in the order they are filled
+    size_t spilled_ = 0;
+    char first_[512];            // left unset: only the kept part is ever read
+};
+
+// An entry of a name list. Engines may hand in names that carry no text at all; the
+// front end has to stop at such a name, so the list can hold one (text NULL).
+struct NameEntry {
+    const char* text;
+    uint32_t len;
+    bool has_text() const { return text != nullptr; }
+    const char* c_str() const { return text; }
+    std::string_view view() const { return text ? std::string_view(text, len) : std::string_view(); }
 };
 
 struct gx_do_nlist {
     int32_t refs = 1;
     std::vector<NameEntry> names;
+    NameTexts texts;
 };
 
 struct gx_do_vlist {
@@ -73,9 +119,48 @@ struct gx_do_nvlist {
     std::optional<int32_t> len;   // set by a test: the length to answer
 };
 
+// A string buffer: the text and its terminator, in the object while it fits.
 struct gx_do_strbuf {
     int32_t refs = 1;
-    std::string text;
+    uint32_t len = 0;
+    uint32_t cap = sizeof inline_;   // bytes at data, the terminator included
+    char* data = inline_;
+    char inline_[240] = {};
+
+    gx_do_strbuf() = default;
+    gx_do_strbuf(const gx_do_strbuf&) = delete;
+    gx_do_strbuf& operator=(const gx_do_strbuf&) = delete;
+    ~gx_do_strbuf() {
+        if (data != inline_) delete[] data;
+    }
+
+    void clear() {
+        len = 0;
+        data[0] = '\0';
+    }
+
+    // `text` may lie in the buffer itself: it is read before the old storage is freed.
+    void append(const char* text, size_t n) {
+        if (len + n >= cap) [[unlikely]]
+            return append_growing(text, n);
+        std::memmove(data + len, text, n);
+        len += uint32_t(n);
+        data[len] = '\0';
+    }
+
+private:
+    [[gnu::noinline, gnu::cold]] void append_growing(const char* text, size_t n) {
+        size_t want = size_t(cap) * 2;
+        while (want <= len + n) want *= 2;
+        char* bigger = new char[want];
+        std::memcpy(bigger, data, len);
+        std::memcpy(bigger + len, text, n);
+        if (data != inline_) delete[] data;
+        data = bigger;
+        cap = uint32_t(want);
+        len += uint32_t(n);
+        data[len] = '\0';
+    }
 };
 
 struct gx_do_uri_segment {
@@ -103,8 +188,36 @@ struct gx_do_properties {
         Value value;
     };
 
+    // Items in blocks of 64 that never move: a row of hundreds of attributes grows the
+    // store without moving (and so copying) the items already set.
+    class Store {
+    public:
+        static constexpr size_t k_block = 64;
+        Store() = default;
+        Store(const Store&) = delete;
+        Store& operator=(const Store&) = delete;
+        ~Store() {
+            for (size_t i = 0; i < size_; ++i) (*this)[i].~Item();
+            for (Item* b : blocks_) ::operator delete(b);
+        }
+        size_t size() const { return size_; }
+        Item& operator[](size_t i) { return blocks_[i / k_block][i % k_block]; }
+        const Item& operator[](size_t i) const { return blocks_[i / k_block][i % k_block]; }
+        template <class... A>
+        void emplace_back(A&&... a) {
+            if (size_ == blocks_.size() * k_block) [[unlikely]]
+                blocks_.push_back(static_cast<Item*>(::operator new(sizeof(Item) * k_block)));
+            new (&(*this)[size_]) Item(std::forward<A>(a)...);
+            ++size_;
+        }
+
+    private:
+        std::vector<Item*> blocks_;
+        size_t size_ = 0;
+    };
+
     int32_t refs = 1;
-    std::vector<Item> items;
+    Store items;
     std::vector<uint32_t> slots;    // item number + 1, 0 free; empty while items are few
     NameArena<4096> names;
 
@@ -229,21 +342,122 @@ Out* iter_next(gx_do_iter* it, IterKind kind, Elems List::*elems) {
 }
 
 template <class T>
-T* make(FaultPoint point, Counter live) {
-    if (hit(point)) return nullptr;
-    T* obj = new (std::nothrow) T;
-    if (obj) count(live);
-    return obj;
-}
-
-template <class T>
 void release(T* obj, Counter live) {
     if (!obj || --obj->refs > 0) return;
     delete obj;
     count(live, -1);
 }
 
+// Spare objects of the kinds a rendering makes and drops by the hundred (a nested record
+// takes a name list, a value list and a string buffer, and releases them when its names
+// and values are copied up). A released one keeps its storage on this thread and is
+// handed out by the next `new` of its kind, emptied, instead of going back to the
+// allocator. Objects whose storage grew large are freed as before.
+// The sanitizer builds keep none, so that a use after release still shows.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define ZAN_SPARES_SANITIZED 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(ZAN_SPARES_SANITIZED)
+constexpr unsigned k_spares = 0;
+#else
+constexpr unsigned k_spares = 8;
+#endif
+
+template <class T>
+struct Spares {
+    static constexpr unsigned k_max = k_spares == 0 ? 1 : k_spares;
+    T* items[k_max];
+    unsigned n;
+    bool closed;   // the thread is ending: nothing is kept any more
+};
+
+// Whether an emptied object's storage is small enough to keep.
+bool keepable(const gx_do_nlist& l) { return l.names.capacity() <= 64 && l.texts.spilled() <= 4096; }
+bool keepable(const gx_do_vlist& l) { return l.values.capacity() <= 64; }
+bool keepable(const gx_do_nvlist& l) { return l.items.capacity() <= 16; }
+bool keepable(const gx_do_strbuf& b) { return b.cap <= 512; }
+
+void empty(gx_do_nlist& l) {
+    l.names.clear();
+    l.texts.clear();
+}
+void empty(gx_do_vlist& l) { l.values.clear(); }
+void empty(gx_do_nvlist& l) {
+    l.items.clear();
+    l.len.reset();
+}
+void empty(gx_do_strbuf& b) { b.clear(); }
+
+constinit thread_local Spares<gx_do_nlist> t_spare_nlist __attribute__((tls_model("initial-exec"))) = {};
+constinit thread_local Spares<gx_do_vlist> t_spare_vlist __attribute__((tls_model("initial-exec"))) = {};
+constinit thread_local Spares<gx_do_nvlist> t_spare_nvlist __attribute__((tls_model("initial-exec"))) = {};
+constinit thread_local Spares<gx_do_strbuf> t_spare_strbuf __attribute__((tls_model("initial-exec"))) = {};
+constinit thread_local bool t_spares_registered __attribute__((tls_model("initial-exec"))) = false;
+
+template <class T>
+void drain(Spares<T>& s) {
+    while (s.n) delete s.items[--s.n];
+    s.closed = true;
+}
+
+// Frees this thread's spares when it ends; objects released after that are freed at once.
+struct SparesDrain {
+    ~SparesDrain() {
+        drain(t_spare_nlist);
+        drain(t_spare_vlist);
+        drain(t_spare_nvlist);
+        drain(t_spare_strbuf);
+    }
+};
+
+[[gnu::noinline]] void register_spares() {
+    static thread_local SparesDrain drain_at_exit;
+    (void)&drain_at_exit;
+    t_spares_registered = true;
+}
+
+template <class T>
+T* make_spared(Spares<T>& spares, FaultPoint point, Counter live) {
+    if (hit(point)) return nullptr;
+    T* obj;
+    if (spares.n) {
+        obj = spares.items[--spares.n];
+    } else {
+        obj = new (std::nothrow) T;
+        if (!obj) return nullptr;
+    }
+    count(live);
+    return obj;
+}
+
+template <class T>
+void release_spared(Spares<T>& spares, T* obj, Counter live) {
+    if (!obj || --obj->refs > 0) return;
+    count(live, -1);
+    if (k_spares != 0 && spares.n < Spares<T>::k_max && !spares.closed) {
+        empty(*obj);
+        if (keepable(*obj)) {
+            if (!t_spares_registered) [[unlikely]]
+                register_spares();
+            if (!spares.closed) {
+                obj->refs = 1;
+                spares.items[spares.n++] = obj;
+                return;
+            }
+        }
+    }
+    delete obj;
+}
+
 int32_t as_count(size_t n) { return int32_t(n); }
+
+// Makes room for one more element away from the adder's own path.
+template <class V>
+[[gnu::noinline, gnu::cold]] void grow(V& v) {
+    v.reserve(v.size() * 2 + 8);
+}
 
 }  // namespace
 
@@ -276,20 +490,26 @@ const char* gx_do_name_get_strname(gx_do_name* name) {
 }
 
 gx_do_nlist* gx_do_nlist_new(void) {
-    gx_do_nlist* l = make<gx_do_nlist>(fp_nlist_new, c_live_nlist);
+    gx_do_nlist* l = make_spared(t_spare_nlist, fp_nlist_new, c_live_nlist);
     if (l) l->names.reserve(8);
     return l;
 }
 
-void gx_do_nlist_deref(gx_do_nlist* list) { release(list, c_live_nlist); }
+void gx_do_nlist_deref(gx_do_nlist* list) { release_spared(t_spare_nlist, list, c_live_nlist); }
 
 void gx_do_nlist_clear(gx_do_nlist* list) {
-    if (list) list->names.clear();
+    if (!list) return;
+    list->names.clear();
+    list->texts.clear();
 }
 
 int32_t gx_do_nlist_add_string(gx_do_nlist* list, const char* text) {
     if (!list || !text || hit(fp_nlist_add_string)) return 0;
-    list->names.emplace_back(std::string_view(text));
+    const size_t n = std::strlen(text);
+    const NameEntry e{list->texts.keep(text, n), uint32_t(n)};
+    if (list->names.size() == list->names.capacity()) [[unlikely]]
+        grow(list->names);
+    list->names.push_back(e);
     return 1;
 }
 
@@ -302,7 +522,14 @@ gx_do_name* gx_do_nlist_get_name(gx_do_nlist* list, int32_t index) {
 
 int32_t gx_do_nlist_remove(gx_do_nlist* list, int32_t index) {
     if (!list || index < 0 || size_t(index) >= list->names.size()) return -1;
+    const NameEntry gone = list->names[size_t(index)];
     list->names.erase(list->names.begin() + index);
+    // A list that names are added to and removed from for long does not grow its texts: the
+    // last text is taken back, and all of them when the list is empty.
+    if (list->names.empty())
+        list->texts.clear();
+    else if (gone.text)
+        list->texts.forget(gone.text, gone.len);
     return 0;
 }
 
@@ -320,12 +547,12 @@ gx_do_name* gx_do_nlist_get_next(gx_do_iter* it) {
 
 // ------------------------------------------------------------------ values
 gx_do_vlist* gx_do_vlist_new(void) {
-    gx_do_vlist* l = make<gx_do_vlist>(fp_vlist_new, c_live_vlist);
+    gx_do_vlist* l = make_spared(t_spare_vlist, fp_vlist_new, c_live_vlist);
     if (l) l->values.reserve(8);
     return l;
 }
 
-void gx_do_vlist_deref(gx_do_vlist* list) { release(list, c_live_vlist); }
+void gx_do_vlist_deref(gx_do_vlist* list) { release_spared(t_spare_vlist, list, c_live_vlist); }
 
 void gx_do_vlist_clear(gx_do_vlist* list) {
     if (list) list->values.clear();
@@ -342,9 +569,11 @@ int32_t gx_do_vlist_add_null(gx_do_vlist* list) {
 
 int32_t gx_do_vlist_add_all(gx_do_vlist* dest, gx_do_vlist* src) {
     if (!dest || !src || hit(fp_vlist_add_all)) return -1;
-    size_t n = src->values.size();
-    dest->values.reserve(dest->values.size() + n);
-    for (size_t i = 0; i < n; ++i) dest->values.push_back(src->values[i]);   // by index: dest may be src
+    const size_t n = src->values.size();
+    const size_t at = dest->values.size();
+    dest->values.resize(at + n);   // nulls, the common case: nothing more to copy for them
+    for (size_t i = 0; i < n; ++i)   // by index: dest may be src
+        if (src->values[i].v.index() != 0) dest->values[at + i] = src->values[i];
     return as_count(dest->values.size());
 }
 
@@ -375,12 +604,12 @@ int32_t gx_do_vlist_add_mr_uri(gx_do_vlist* list, gx_do_uri* uri) {
 
 // ------------------------------------------------------------------ name-value lists
 gx_do_nvlist* gx_do_nvlist_new(void) {
-    gx_do_nvlist* l = make<gx_do_nvlist>(fp_nvlist_new, c_live_nvlist);
+    gx_do_nvlist* l = make_spared(t_spare_nvlist, fp_nvlist_new, c_live_nvlist);
     if (l) l->items.reserve(4);
     return l;
 }
 
-void gx_do_nvlist_deref(gx_do_nvlist* list) { release(list, c_live_nvlist); }
+void gx_do_nvlist_deref(gx_do_nvlist* list) { release_spared(t_spare_nvlist, list, c_live_nvlist); }
 
 int32_t gx_do_nvlist_get_len(gx_do_nvlist* list) {
     if (!list) return 0;
@@ -438,24 +667,23 @@ void arbor_nvlist_from_nlist_vlist(gx_do_nvlist* nvlist, gx_do_nlist* nlist, gx_
 
 // ------------------------------------------------------------------ string buffers
 gx_do_strbuf* gx_do_strbuf_new(void) {
-    gx_do_strbuf* b = make<gx_do_strbuf>(fp_strbuf_new, c_live_strbuf);
-    if (b) b->text.reserve(64);
+    gx_do_strbuf* b = make_spared(t_spare_strbuf, fp_strbuf_new, c_live_strbuf);
     return b;
 }
 
-void gx_do_strbuf_deref(gx_do_strbuf* buf) { release(buf, c_live_strbuf); }
+void gx_do_strbuf_deref(gx_do_strbuf* buf) { release_spared(t_spare_strbuf, buf, c_live_strbuf); }
 
 void gx_do_strbuf_clear(gx_do_strbuf* buf) {
-    if (buf) buf->text.clear();
+    if (buf) buf->clear();
 }
 
 int32_t gx_do_strbuf_add_string(gx_do_strbuf* buf, const char* text) {
     if (!buf || !text || hit(fp_strbuf_add_string)) return -1;
-    buf->text += text;
+    buf->append(text, std::strlen(text));
     return 0;
 }
 
-const char* gx_do_strbuf_to_string(gx_do_strbuf* buf) { return buf ? buf->text.c_str() : nullptr; }
+const char* gx_do_strbuf_to_string(gx_do_strbuf* buf) { return buf ? buf->data : nullptr; }
 
 }  // extern "C"
 
@@ -529,7 +757,6 @@ void nvlist_set_len(gx_do_nvlist* list, std::optional<int32_t> len) {
 gx_do_properties* properties_new() {
     auto* p = new gx_do_properties;
     count(c_live_properties);
-    p->items.reserve(64);
     return p;
 }
 
@@ -539,7 +766,8 @@ std::vector<NamedValue> properties_items(gx_do_properties* props) {
     std::vector<NamedValue> out;
     if (!props) return out;
     out.reserve(props->items.size());
-    for (const auto& item : props->items) out.push_back(NamedValue{std::string(item.name), item.value});
+    for (size_t i = 0; i < props->items.size(); ++i)
+        out.push_back(NamedValue{std::string(props->items[i].name), props->items[i].value});
     return out;
 }
 
@@ -564,7 +792,7 @@ std::vector<std::string> nlist_names(gx_do_nlist* list) {
 }
 
 void nlist_add_textless(gx_do_nlist* list) {
-    if (list) list->names.push_back(NameEntry::textless());
+    if (list) list->names.push_back(NameEntry{nullptr, 0});
 }
 
 ValueList vlist_values(gx_do_vlist* list) { return list ? list->values : ValueList{}; }

@@ -311,7 +311,7 @@ std::vector<TraversalView> params_traversals(arbor_params_t* params) {
     if (!params) return out;
     out.reserve(params->traversals.size());
     for (const arbor_traverse* t : params->traversals) {
-        TraversalView v;
+        TraversalView& v = out.emplace_back();   // built in place
         v.pq = t->pq;
         v.pq_set = t->pq_set;
         if (t->has_pq_luid) std::memcpy(v.pq_luid.emplace().data(), t->pq_luid, ZAN_LUID_LEN);
@@ -321,7 +321,6 @@ std::vector<TraversalView> params_traversals(arbor_params_t* params) {
         if (t->has_key_luid) std::memcpy(v.key_luid.emplace().data(), t->key_luid, ZAN_LUID_LEN);
         if (t->has_key_field_id) v.key_field_id = t->key_field_id;
         if (t->has_key_data) v.key_data = t->key_data;
-        out.push_back(std::move(v));
     }
     return out;
 }

@@ -239,6 +239,59 @@ TEST_F(Objects, StrbufAndPairingIntoNvlist) {
     gx_do_strbuf_deref(b);
 }
 
+// Objects are made and released by the hundred in a rendering, and the platform may keep a
+// released one for the next of its kind: whatever was in it must not show again, and texts
+// handed out must stay where they are while their list or buffer grows.
+TEST_F(Objects, ObjectsMadeAgainStartEmptyAndTextsStayWhileTheyGrow) {
+    for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE(round);
+        gx_do_nlist* names = gx_do_nlist_new();
+        gx_do_vlist* values = gx_do_vlist_new();
+        gx_do_nvlist* pairs = gx_do_nvlist_new();
+        gx_do_strbuf* buf = gx_do_strbuf_new();
+        EXPECT_EQ(gx_do_nlist_get_len(names), 0);
+        EXPECT_EQ(gx_do_vlist_get_len(values), 0);
+        EXPECT_EQ(gx_do_nvlist_get_len(pairs), 0);
+        EXPECT_STREQ(gx_do_strbuf_to_string(buf), "");
+
+        // Names of every length around the first block's size, the first one's text held.
+        std::vector<std::string> want;
+        for (size_t len : {1u, 55u, 56u, 200u, 511u, 512u, 513u, 3000u, 70u, 0u})
+            want.push_back(std::string(len, char('a' + want.size() + round)));
+        for (const std::string& w : want) ASSERT_NE(gx_do_nlist_add_string(names, w.c_str()), 0);
+        const char* first = gx_do_name_get_strname(gx_do_nlist_get_name(names, 0));
+        for (int i = 0; i < 40; ++i) gx_do_nlist_add_string(names, std::string(90, 'z').c_str());
+        EXPECT_EQ(first, gx_do_name_get_strname(gx_do_nlist_get_name(names, 0)));
+        EXPECT_STREQ(first, want[0].c_str());
+        const std::vector<std::string> got = nlist_names(names);
+        EXPECT_EQ(std::vector<std::string>(got.begin(), got.begin() + long(want.size())), want);
+
+        // The last name removed and another added in its place; removed down to empty and refilled.
+        gx_do_nlist_remove(names, gx_do_nlist_get_len(names) - 1);
+        gx_do_nlist_add_string(names, "tail");
+        EXPECT_EQ(nlist_names(names).back(), "tail");
+        EXPECT_STREQ(first, want[0].c_str());
+        while (gx_do_nlist_get_len(names) > 0) gx_do_nlist_remove(names, 0);
+        gx_do_nlist_add_string(names, "again");
+        EXPECT_EQ(nlist_names(names), std::vector<std::string>{"again"});
+
+        // A buffer grown past its first storage, and added to itself.
+        const std::string part(100 + 50 * round, 'p');
+        for (int i = 0; i < 3; ++i) gx_do_strbuf_add_string(buf, part.c_str());
+        gx_do_strbuf_add_string(buf, gx_do_strbuf_to_string(buf));
+        EXPECT_EQ(std::string(gx_do_strbuf_to_string(buf)), std::string(6 * part.size(), 'p'));
+
+        vlist_add(values, text("kept?"));
+        gx_do_vlist_add_null(values);
+        nvlist_set_len(pairs, 7);
+        nvlist_add(pairs, "n", text("v"));
+        gx_do_nlist_deref(names);
+        gx_do_vlist_deref(values);
+        gx_do_nvlist_deref(pairs);
+        gx_do_strbuf_deref(buf);
+    }
+}
+
 TEST(Values, TextFormsAndAddressParsing) {
     Value list;
     list.v = ValueList{text("a\"b"), val(int64_t(-3)), val(uint64_t(7)), val(true), val(EnumText{"ZAN_CFG_0"})};
