@@ -101,6 +101,9 @@ TEST_F(Objects, IteratorsWalkFromThePreparedRecord) {
     gx_do_nlist_deref(l);
 }
 
+// "n<i>", the i-th of many generated names.
+static std::string n_name(int i) { return std::string("n").append(std::to_string(i)); }
+
 TEST_F(Objects, PropertiesKeepOrderCopyNamesAndReplaceInPlace) {
     gx_do_properties* p = properties_new();
     char name[16] = "first";
@@ -120,13 +123,13 @@ TEST_F(Objects, PropertiesKeepOrderCopyNamesAndReplaceInPlace) {
 
     // Past the point where lookups go through the hash index, replacement still finds
     // every earlier name and the order is still that of first insertion.
-    for (int i = 0; i < 300; ++i) gx_do_properties_set_null(p, ("n" + std::to_string(i)).c_str());
-    for (int i = 0; i < 300; i += 7) properties_set(p, "n" + std::to_string(i), text(std::to_string(i)));
+    for (int i = 0; i < 300; ++i) gx_do_properties_set_null(p, n_name(i).c_str());
+    for (int i = 0; i < 300; i += 7) properties_set(p, n_name(i), text(std::to_string(i)));
     properties_set(p, "second", text("y"));
     items = properties_items(p);
     ASSERT_EQ(items.size(), 303u);
     for (int i = 0; i < 300; ++i) {
-        ASSERT_EQ(items[size_t(i) + 3].name, "n" + std::to_string(i));
+        ASSERT_EQ(items[size_t(i) + 3].name, n_name(i));
         ASSERT_EQ(items[size_t(i) + 3].value, i % 7 ? Value{} : text(std::to_string(i)));
     }
     EXPECT_EQ(*properties_get(p, "second"), text("y"));
