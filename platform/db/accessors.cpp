@@ -176,9 +176,9 @@ void key_set(const FieldDesc& f, void* rec, const void* obj, uint32_t* err) {
         return;
     }
     Cell& dst = make_slot(*r, r->index_of(f)).cell;
-    dst.num = c->num;
-    dst.ip = c->ip;
-    dst.mac = c->mac;
+    if (c->word == Word::ip_address) dst.ip = c->ip;
+    else if (c->word == Word::rsl_mac_addr) dst.mac = c->mac;
+    else dst.num = c->num;
     dst.text = c->text;
 }
 

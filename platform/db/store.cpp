@@ -114,6 +114,8 @@ void store_num(Cell& c, uint64_t v) {
         case Word::int16: c.num.i16 = int16_t(v); break;
         case Word::int32: c.num.i32 = int32_t(v); break;
         case Word::u_int64: c.num.u64 = v; break;
+        case Word::ip_address:
+        case Word::rsl_mac_addr: break;   // no number: the address shares its place
         default: c.num.u32 = uint32_t(v); break;
     }
 }
@@ -188,6 +190,7 @@ std::vector<std::string_view> items(std::string_view s) {
 Cell* new_typed(Word w) {
     auto* c = new Cell;
     c->word = w;
+    c->clear_value(w);
     counters().typed.fetch_add(1, std::memory_order_relaxed);
     return c;
 }
@@ -225,14 +228,16 @@ void* take(Arena* arena, size_t bytes) { return arena ? arena->take(bytes) : ::o
 // A slot of field i of r, as an unwritten field reads.
 Slot* new_slot(Record& r, size_t i) {
     const desc::FieldDesc& f = r.desc->fields[i];
-    Slot* s = new (take(r.arena, sizeof(Slot))) Slot;
+    Slot* s = new (take(r.arena, sizeof(Slot))) Slot(f.kind);
     s->cell.owner = &r;
     s->cell.word = f.kind == FieldKind::nested || f.kind == FieldKind::sequence ? Word::none : f.word;
+    s->cell.clear_value(s->cell.word);
     if (f.kind == FieldKind::nested) s->cell.magic = k_hollow;   // no value
     if (f.kind == FieldKind::fixed_array) {
         s->elements.resize(f.bound);
         for (Cell& c : s->elements) {
             c.word = f.word;
+            c.clear_value(f.word);
             c.owner = &r;
         }
     }
@@ -299,11 +304,11 @@ struct Blanks {
     }
     static const Record* make(const TypeInfo& t, int32_t variant) {
         const desc::RecordDesc& d = *registry().desc_by_type.at(&t);
-        auto* r = new (::operator new(Record::bytes(d))) Record(t, d, nullptr, nullptr, true);
+        const size_t n = Record::bytes(d);
+        auto* r = new (::operator new(n + d.count * sizeof(std::atomic<const Record*>))) Record(t, d, nullptr, nullptr, true);
         r->variant = r->inner_variant = variant;
         r->twin.store(r, std::memory_order_relaxed);
-        r->reader.store(r, std::memory_order_relaxed);
-        r->inner_blanks = std::make_unique<std::atomic<const Record*>[]>(d.count);
+        for (uint16_t i = 0; i < d.count; ++i) new (r->inner_blanks() + i) std::atomic<const Record*>(nullptr);
         return r;
     }
 };
@@ -336,10 +341,14 @@ const Record& blank_record(const TypeInfo& t, int32_t variant) {
 const Slot& slot_at(const Record& r, size_t i) {
     if (const Slot* s = r.entries()[i].slot) return *s;
     // Two readers may both look a blank up; they find the same one.
-    const Record* blank = r.reader.load(std::memory_order_acquire);
+    const Record* blank = r.twin.load(std::memory_order_acquire);
     if (!blank || blank->variant != r.variant) {
-        blank = &blank_record(*r.type, r.variant);
-        r.reader.store(blank, std::memory_order_release);
+        if (r.variant == r.inner_variant) {
+            blank = &blank_record(*r.type, r.inner_variant);
+            r.twin.store(blank, std::memory_order_release);
+        } else {
+            blank = &blank_record(*r.type, r.variant);
+        }
     }
     return *blank->entries()[i].slot;
 }
@@ -359,7 +368,7 @@ const Record& nested_at(const Record& r, size_t i) {
         twin = &blank_record(*r.type, r.inner_variant);
         r.twin.store(twin, std::memory_order_release);
     }
-    std::atomic<const Record*>& cell = twin->inner_blanks[i];
+    std::atomic<const Record*>& cell = twin->inner_blanks()[i];
     const Record* blank = cell.load(std::memory_order_acquire);
     if (!blank) {
         blank = &blank_record(*r.type->fields[i].target, twin->inner_variant);
@@ -525,6 +534,7 @@ void set_array(Record& r, std::string_view path, const std::vector<uint64_t>& el
         at.slot->elements.assign(elements.size(), Cell{});
         for (Cell& c : at.slot->elements) {
             c.word = at.field->word;
+            c.clear_value(c.word);
             c.owner = at.rec;
         }
         at.slot->count = uint32_t(elements.size());
@@ -652,7 +662,7 @@ void set_state(Record& r, std::string_view path, uint8_t flag) {
 
 void set_element_state(Record& r, std::string_view path, size_t index, uint8_t flag) {
     Place at = leaf_place(r, path);
-    if (!at.slot || index >= at.slot->elements.size()) fault(r, path, "has no element " + std::to_string(index));
+    if (!at.slot || !at.slot->has_elements() || index >= at.slot->elements.size()) fault(r, path, "has no element " + std::to_string(index));
     at.slot->elements[index].state = flag;
 }
 
@@ -671,8 +681,9 @@ void set_variant(Record& r, int32_t variant, bool with_nested) {
     for (uint16_t i = 0; i < r.count; ++i) {
         Slot* s = r.entries()[i].slot;
         if (!s) continue;
-        if (s->nested) set_variant(*s->nested, variant, true);
-        for (auto& el : s->sequence) set_variant(*el, variant, true);
+        if (s->kind == FieldKind::nested && s->nested) set_variant(*s->nested, variant, true);
+        if (s->kind == FieldKind::sequence)
+            for (auto& el : s->sequence) set_variant(*el, variant, true);
     }
 }
 

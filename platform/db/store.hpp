@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -73,13 +74,31 @@ private:
 // The storage of one field of a record instance, made on the first write into the field.
 // `cell` holds a leaf, enumeration or flag value, the characters of a character array, and
 // the state flag of every kind of field.
+// What else it holds is by the field's kind: only the member of that kind is there.
 struct Slot {
     Cell cell;
-    RecordPtr nested;                // nested record (union arms included), owned; made on the first
-                                     // write into it, until then the blank of its type stands for it
-    Lazy<Cell> elements;             // fixed and counted arrays
-    Lazy<RecordPtr> sequence;        // sequence elements, owned
     uint32_t count = 0;              // count of a counted array, length of a character array
+    FieldKind kind;
+    union {
+        RecordPtr nested;            // nested record (union arms included), owned; made on the first
+                                     // write into it, until then the blank of its type stands for it
+        Lazy<Cell> elements;         // fixed and counted arrays
+        Lazy<RecordPtr> sequence;    // sequence elements, owned
+    };
+
+    explicit Slot(FieldKind k) : kind(k) {
+        if (has_elements()) new (&elements) Lazy<Cell>();
+        else if (kind == FieldKind::sequence) new (&sequence) Lazy<RecordPtr>();
+        else new (&nested) RecordPtr();   // also of the kinds without any: stays empty
+    }
+    ~Slot() {
+        if (has_elements()) std::destroy_at(&elements);
+        else if (kind == FieldKind::sequence) std::destroy_at(&sequence);
+        else std::destroy_at(&nested);
+    }
+    Slot(const Slot&) = delete;
+    Slot& operator=(const Slot&) = delete;
+    bool has_elements() const { return kind == FieldKind::fixed_array || kind == FieldKind::counted_array; }
 };
 
 // A field of a record instance: its slot once written. Until then the blank record of the
@@ -109,12 +128,11 @@ public:
     const desc::RecordDesc* desc = nullptr;
     const Record* parent = nullptr;  // record that holds this one
     Arena* arena = nullptr;          // of the store it is part of; nullptr: the heap
-    // The blank of its type and inner variant, found once (itself for a blank); and a blank's
-    // blanks of its nested fields, found on first use: a record not made costs no lookup.
+    // The blank of its type and inner variant, found once (itself for a blank). It answers for
+    // the fields not written while the variant is the inner one (else the blank of the variant
+    // is looked up). A blank's blanks of its nested fields follow its entries, found on first
+    // use: a record not made costs no lookup.
     mutable std::atomic<const Record*> twin{nullptr};
-    // The blank of its type and variant, that answers for the fields not written.
-    mutable std::atomic<const Record*> reader{nullptr};
-    std::unique_ptr<std::atomic<const Record*>[]> inner_blanks;
 
     // Bytes of a record of d with its entries.
     static size_t bytes(const desc::RecordDesc& d);
@@ -126,6 +144,9 @@ public:
 
     Entry* entries() { return reinterpret_cast<Entry*>(this + 1); }
     const Entry* entries() const { return reinterpret_cast<const Entry*>(this + 1); }
+    std::atomic<const Record*>* inner_blanks() const {   // a blank's only
+        return reinterpret_cast<std::atomic<const Record*>*>(const_cast<Entry*>(entries() + count));
+    }
     static const Record& holder_of(const Entry& e) {
         return *reinterpret_cast<const Record*>(reinterpret_cast<const char*>(&e - e.index) - sizeof(Record));
     }

@@ -206,10 +206,22 @@ struct Cell {
         uint32_t u32;                    // u_int32, enumeration value, flag bits, boolean
         int32_t i32;
         uint64_t u64;
-    } num{};
-    plat::Ip ip;
-    plat::Mac mac;
+    };
+    // The value by its word: a number, an address or a MAC address share the place. A cell
+    // of an address is made holding plat::Ip{} (clear_value).
+    union {
+        Num num;
+        plat::Ip ip;
+        plat::Mac mac;
+    };
     std::string text;                    // rsl_vstring, or the characters of a character array
+
+    Cell() : num{} {}
+    // The empty value of word w (every word reads zero or empty; an address 0.0.0.0).
+    void clear_value(Word w) {
+        if (w == Word::ip_address) ip = plat::Ip{};
+        else num = Num{};
+    }
 };
 const Cell* cell_of(const void* handle);    // nullptr if the handle is no value
 // The value as the data objects hold it: integers as int64_t or uint64_t (by signedness),
