@@ -53,45 +53,50 @@ extern "C" int32_t vrf_name_to_ntlist(arbor_ntlist* list, const char* prefix, ui
 
 namespace {
 
-// Name fetches of one request through the registered dispatcher, with or without lists.
-long fetches(const std::vector<zan::plat::UriSegment>& path, bool lists = false) {
-    gx_do_uri* uri = zan::plat::uri_new(path);
-    gx_do_nlist* pd = lists ? gx_do_nlist_new() : nullptr;
-    gx_do_nlist* pdc = lists ? gx_do_nlist_new() : nullptr;
+// The objects of one request: its path, the two marker lists (absent without `lists`), the
+// traversals and the slot cell; released in the order an engine releases them.
+struct Request {
+    gx_do_uri* uri;
+    gx_do_nlist* pd;
+    gx_do_nlist* pdc;
     arbor_params_t* params = zan::plat::params_new();
     const void* slot = nullptr;
+
+    Request(const std::vector<zan::plat::UriSegment>& path, bool lists)
+        : uri(zan::plat::uri_new(path)),
+          pd(lists ? gx_do_nlist_new() : nullptr),
+          pdc(lists ? gx_do_nlist_new() : nullptr) {}
+    Request(const Request&) = delete;
+    Request& operator=(const Request&) = delete;
+    ~Request() {
+        zan::plat::params_free(params);
+        if (pd) gx_do_nlist_deref(pd);
+        if (pdc) gx_do_nlist_deref(pdc);
+        zan::plat::uri_deref(uri);
+    }
+};
+
+// Name fetches of one request through the registered dispatcher, with or without lists.
+long fetches(const std::vector<zan::plat::UriSegment>& path, bool lists = false) {
+    Request r(path, lists);
     g_fetches.store(0);
-    engine().dispatcher()(zan::engine::Engine::context(), 0, 0, uri, pd, pdc, params, 0,
-                          zan::engine::k_kind_read_row, &slot);
-    const long n = g_fetches.load();
-    zan::plat::params_free(params);
-    if (pd) gx_do_nlist_deref(pd);
-    if (pdc) gx_do_nlist_deref(pdc);
-    zan::plat::uri_deref(uri);
-    return n;
+    engine().dispatcher()(zan::engine::Engine::context(), 0, 0, r.uri, r.pd, r.pdc, r.params, 0,
+                          zan::engine::k_kind_read_row, &r.slot);
+    return g_fetches.load();
 }
 
 // Name fetches of one segment offered to the exported dispatchers in chain order, as the
 // segment loop of an engine of its own would: until one answers anything but "not here".
 long chain_fetches(const std::string& name, bool lists = false) {
-    gx_do_uri* uri = zan::plat::uri_new({{name, std::nullopt}});
-    gx_do_nlist* pd = lists ? gx_do_nlist_new() : nullptr;
-    gx_do_nlist* pdc = lists ? gx_do_nlist_new() : nullptr;
-    arbor_params_t* params = zan::plat::params_new();
-    const void* slot = nullptr;
-    gx_do_uri_segment* segment = gx_do_uri_get_segment(uri, 1);
+    Request r({{name, std::nullopt}}, lists);
+    gx_do_uri_segment* segment = gx_do_uri_get_segment(r.uri, 1);
     g_fetches.store(0);
     for (exported_dispatcher d : exported_chain(engine())) {
-        if (d(zan::engine::Engine::context(), 0, 0, segment, pd, pdc, params, 0, zan::engine::k_kind_read_row, &slot,
-              0) != 3)
+        if (d(zan::engine::Engine::context(), 0, 0, segment, r.pd, r.pdc, r.params, 0, zan::engine::k_kind_read_row,
+              &r.slot, 0) != 3)
             break;
     }
-    const long n = g_fetches.load();
-    zan::plat::params_free(params);
-    if (pd) gx_do_nlist_deref(pd);
-    if (pdc) gx_do_nlist_deref(pdc);
-    zan::plat::uri_deref(uri);
-    return n;
+    return g_fetches.load();
 }
 
 // Place of each segment name in the chain, counted from 1.
