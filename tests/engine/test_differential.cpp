@@ -13,12 +13,13 @@
 #include "differential.hpp"
 #include "shared_engine.hpp"
 #include "zan/database.hpp"
+#include "../sample_keys.hpp"
 
 namespace {
 
 using diff::Case;
 using zan::db::TableInfo;
-using Keys = std::vector<std::pair<std::string, std::string>>;
+using zan::test::Keys;
 
 // Runs the case both ways; on a difference, fails with both recordings (the first few only).
 void expect_same(const Case& c, const std::string& what) {
@@ -35,22 +36,7 @@ void expect_same(const Case& c, const std::string& what) {
         ADD_FAILURE() << what << ": " << difference;
 }
 
-std::string sample(zan::db::Word w) {
-    switch (w) {
-    case zan::db::Word::rsl_vstring: return "k1";
-    case zan::db::Word::ip_address: return "10.1.2.3";
-    case zan::db::Word::rsl_mac_addr: return "00:11:22:33:44:55";
-    case zan::db::Word::rsl_boolean: return "true";
-    default: return "7";
-    }
-}
-
-Keys keys_of(const TableInfo* p) {
-    if (p->key_kind != zan::db::KeyKind::compound) return {{std::string(p->key_name), sample(p->key_word)}};
-    Keys k;
-    for (const zan::db::FieldInfo* f : p->key_parts) k.emplace_back(std::string(f->name), sample(f->word));
-    return k;
-}
+using zan::test::keys_of;
 
 // Positions from the root down to p (a position that is its own parent stands alone).
 std::vector<const TableInfo*> lineage(const TableInfo* p) {

@@ -12,6 +12,7 @@
 
 #include "harness.hpp"
 #include "zan/database.hpp"
+#include "../sample_keys.hpp"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -34,25 +35,8 @@ constexpr uint32_t k_site_base = 0x1862F400;
 const std::string k_unit = "path and query traversal";
 const std::string k_ctx = "zan_config_db_zan_config_db_context";
 
-using Keys = std::vector<std::pair<std::string, std::string>>;
-
-std::string sample(Word w) {
-    switch (w) {
-    case Word::rsl_vstring: return "k1";
-    case Word::ip_address: return "10.1.2.3";
-    case Word::rsl_mac_addr: return "00:11:22:33:44:55";
-    case Word::rsl_boolean: return "true";
-    default: return "7";
-    }
-}
-
-// The key a segment of this position carries, in the catalogue's part order.
-Keys keys_of(const TableInfo* p) {
-    if (p->key_kind != zan::db::KeyKind::compound) return {{std::string(p->key_name), sample(p->key_word)}};
-    Keys k;
-    for (const zan::db::FieldInfo* f : p->key_parts) k.emplace_back(std::string(f->name), sample(f->word));
-    return k;
-}
+using zan::test::Keys;
+using zan::test::keys_of;
 
 std::vector<uint8_t> stored_key(const TableInfo* p, const Keys& keys) {
     if (p->key_kind != zan::db::KeyKind::compound) return *zan::db::key_bytes(p->key_word, keys[0].second);
